@@ -1,0 +1,52 @@
+#!/usr/bin/env bash
+# One entry for a fresh Debian 12 machine: installs what Qarvel needs, builds
+# it, then either runs the main job or every test.
+#   scripts/bootstrap.sh run    install, build, run the demonstration
+#   scripts/bootstrap.sh test   install, build with warnings as errors, run every test
+# Idempotent and non-interactive.
+set -euo pipefail
+
+here=$(cd "$(dirname "$0")/.." && pwd)
+cd "$here"
+mode=${1:-}
+case "$mode" in
+  run|test) ;;
+  *) echo "usage: scripts/bootstrap.sh run|test" >&2; exit 2 ;;
+esac
+
+apt_packages=(
+  cmake ninja-build g++ pkg-config
+  libsqlite3-dev zlib1g-dev
+  libgtest-dev libgmock-dev libbenchmark-dev
+  libcli11-dev nlohmann-json3-dev libfmt-dev
+  qt6-base-dev
+)
+
+install_packages() {
+  local missing=()
+  for p in "${apt_packages[@]}"; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+  done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  local sudo=""
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || { echo "need root or sudo to install: ${missing[*]}" >&2; exit 1; }
+    sudo="sudo"
+  fi
+  echo "== installing: ${missing[*]}"
+  $sudo env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+  $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq "${missing[@]}" >/dev/null
+}
+
+jobs=$(nproc 2>/dev/null || echo 2)
+
+install_packages
+if [ "$mode" = run ]; then
+  cmake --preset default >/dev/null
+  cmake --build --preset default -j"$jobs"
+  bash scripts/main_job.sh build/default
+else
+  cmake --preset ci >/dev/null
+  cmake --build --preset ci -j"$jobs"
+  ctest --preset ci -j"$jobs"
+fi
