@@ -102,6 +102,15 @@ std::string_view FieldAt(const std::vector<std::string>& fields, std::optional<s
     return fields[*index];
 }
 
+std::filesystem::path FindInputFile(const std::filesystem::path& folder, std::string_view name) {
+    const std::string wanted = Upper(name);
+    std::error_code ec;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, ec)) {
+        if (entry.is_regular_file(ec) && Upper(entry.path().filename().string()) == wanted) return entry.path();
+    }
+    return {};
+}
+
 int PartyBook::IdFor(MasterWriter& writer, const std::string& name) {
     if (name.empty()) return kNoOwnerPartyId;
     const auto found = m_ids.find(name);

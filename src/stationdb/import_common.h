@@ -111,6 +111,10 @@ private:
 // The field at index (raw), or "" when the record is shorter or index absent.
 std::string_view FieldAt(const std::vector<std::string>& fields, std::optional<std::size_t> index);
 
+// The file called name in folder, its name compared without regard to case;
+// empty when there is none.
+std::filesystem::path FindInputFile(const std::filesystem::path& folder, std::string_view name);
+
 // Owners known only by name: one party per distinct name, ids from 1 up.
 class PartyBook {
 public:

@@ -157,6 +157,19 @@ std::optional<int> StoredFromDms(double degrees, double minutes, double seconds,
     return negative ? -magnitude : magnitude;
 }
 
+std::optional<int> StoredFromDmsText(std::string_view degrees, std::string_view minutes,
+                                     std::string_view seconds, std::string_view hemisphere, bool latitude) {
+    const std::string h = Upper(TrimView(hemisphere));
+    const char positive = latitude ? 'N' : 'W';
+    const char negative = latitude ? 'S' : 'E';
+    if (h.size() != 1 || (h[0] != positive && h[0] != negative)) return std::nullopt;
+    const auto d = ParseNumber(degrees);
+    const auto m = TrimView(minutes).empty() ? std::optional<double>(0) : ParseNumber(minutes);
+    const auto s = TrimView(seconds).empty() ? std::optional<double>(0) : ParseNumber(seconds);
+    if (!d || !m || !s || (latitude && *d > 90)) return std::nullopt;
+    return StoredFromDms(*d, *m, *s, h[0] == negative);
+}
+
 std::optional<std::string> ParseRegulatorDate(std::string_view text) {
     text = TrimView(text);
     const std::size_t s1 = text.find('/');

@@ -38,6 +38,12 @@ int StoredCoordinate(double degrees);
 // (the station tables count longitude positive west).
 std::optional<int> StoredFromDms(double degrees, double minutes, double seconds, bool negative);
 
+// The same from the text fields of a record: degrees, minutes, seconds and
+// the hemisphere letter ("N"/"S" for a latitude, "W"/"E" for a longitude).
+// Empty minutes or seconds count as 0; anything unreadable gives nullopt.
+std::optional<int> StoredFromDmsText(std::string_view degrees, std::string_view minutes,
+                                     std::string_view seconds, std::string_view hemisphere, bool latitude);
+
 // "MM/DD/YYYY" (the regulator's date form) to "YYYY-MM-DD"; nullopt when the
 // text is no valid date. "YYYY-MM-DD" (with an optional time after it) is
 // accepted too.
