@@ -1,0 +1,284 @@
+// Acceptance of job files and master databases: table counting, header
+// fields, the version upgrade, and the age check with its thresholds.
+
+#include "stationdb/validation.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "core/error_trap.h"
+#include "core/prompt.h"
+#include "stationdb/database.h"
+#include "stationdb/day_code.h"
+#include "stationdb/schema.h"
+
+namespace qarvel::stationdb {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kInvalidJob = "Invalid or Damaged Jobfile!";
+const std::string kInvalidMaster = "Invalid or Damaged Master Database!";
+
+std::string FileBytes(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream out;
+    out << in.rdbuf();
+    return out.str();
+}
+
+class ValidationTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        std::string name = std::string("h-db-valid-") + info->name();
+        std::replace(name.begin(), name.end(), '/', '_');
+        m_dir = fs::path(::testing::TempDir()) / name;
+        fs::remove_all(m_dir);
+        fs::create_directories(m_dir);
+    }
+    void TearDown() override { fs::remove_all(m_dir); }
+
+    // A job as the job builder leaves it, header included.
+    fs::path MakeJob() {
+        const fs::path job = m_dir / "job.tdb";
+        EXPECT_TRUE(CreateJobDatabase(job));
+        Database db(job, OpenMode::ReadWrite);
+        db.Run("INSERT INTO information (CDate, Comments, Source, TChan, TLat, TLon, TClass, TIClass, OffSetN,"
+               " OffSetW, ScanRange) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11)",
+               "2024-05-02 10:30:00", "No Comments", "master.fdb", 253, 40.5, 105.25, "C1", "A", 1.5, -2.0, 300);
+        return job;
+    }
+
+    // A master database with the given version and creation day code. An
+    // "old" master has an fm_data without the columns later versions added.
+    fs::path MakeMaster(const std::string& version, const std::string& created, bool oldLayout = false) {
+        const fs::path fdb = m_dir / "master.fdb";
+        EXPECT_TRUE(CreateMasterDatabase(fdb, {created, "100", version, "test"}));
+        if (oldLayout) {
+            Database db(fdb, OpenMode::ReadWrite);
+            db.Exec("DROP TABLE fm_data;"
+                    "CREATE TABLE fm_data (application_id int NOT NULL PRIMARY KEY, lat int, lon int,"
+                    " station_channel int);"
+                    "INSERT INTO fm_data VALUES (1, 2, 3, 250)");
+        }
+        return fdb;
+    }
+
+    fs::path m_dir;
+    core::RecordingPrompt m_prompt;
+    core::ScopedPrompt m_scopedPrompt{m_prompt};
+    core::RecordingErrorSink m_errors;
+    core::ScopedErrorSink m_scopedErrors{m_errors};
+};
+
+// ------------------------------------------------------------------ jobs
+
+TEST_F(ValidationTest, NewJobIsValidAndGivesItsHeader) {
+    const fs::path job = MakeJob();
+    const std::string before = FileBytes(job);
+    JobHeader h;
+    ASSERT_TRUE(ValidJobFile(job, &h));
+    EXPECT_TRUE(m_prompt.Texts().empty());
+    EXPECT_EQ(h.CDate, "2024-05-02 10:30:00");
+    EXPECT_EQ(h.TChan, 253);
+    EXPECT_EQ(h.Comments, "No Comments");
+    EXPECT_EQ(h.Source, "master.fdb");
+    EXPECT_DOUBLE_EQ(h.TLat, 40.5);
+    EXPECT_DOUBLE_EQ(h.TLon, 105.25);
+    EXPECT_EQ(h.TClass, "C1");
+    EXPECT_DOUBLE_EQ(h.OffsetN, 1.5);  // column OffSetN
+    EXPECT_DOUBLE_EQ(h.OffsetW, -2.0);
+    EXPECT_EQ(h.ScanRange, 300);
+    EXPECT_EQ(FileBytes(job), before);  // read-only
+}
+
+TEST_F(ValidationTest, SixthTableIsFineMissingPartyIsNot) {
+    const fs::path job = MakeJob();
+    { Database(job, OpenMode::ReadWrite).Exec("CREATE TABLE user_notes (x int)"); }
+    EXPECT_TRUE(ValidJobFile(job));
+    { Database(job, OpenMode::ReadWrite).Exec("DROP TABLE party"); }
+    JobHeader h;
+    h.TChan = -1;
+    EXPECT_FALSE(ValidJobFile(job, &h));
+    EXPECT_EQ(h.TChan, -1);  // untouched when invalid
+    EXPECT_EQ(m_prompt.Texts(), std::vector<std::string>{kInvalidJob});
+}
+
+TEST_F(ValidationTest, TableAndFieldNamesIgnoreCase) {
+    const fs::path job = m_dir / "upper.tdb";
+    {
+        Database db(job, OpenMode::Create);
+        db.Exec("CREATE TABLE FM_DATA (a int); CREATE TABLE Am_Data (a int); CREATE TABLE TV6_DATA (a int);"
+                " CREATE TABLE PARTY (a int);"
+                " CREATE TABLE INFORMATION (cdate text, tchan int, COMMENTS text, source text, tlat float,"
+                " tlon float, tclass text, OFFSETN float, offsetw float, scanrange int);"
+                " INSERT INTO INFORMATION VALUES ('d', 201, 'c', 's', 1, 2, 'A', 3, 4, 50)");
+    }
+    JobHeader h;
+    ASSERT_TRUE(ValidJobFile(job, &h));
+    EXPECT_EQ(h.TChan, 201);
+    EXPECT_DOUBLE_EQ(h.OffsetN, 3);
+    EXPECT_EQ(h.ScanRange, 50);
+}
+
+TEST_F(ValidationTest, MissingFieldOrEmptyHeaderIsInvalid) {
+    const fs::path job = m_dir / "job.tdb";
+    ASSERT_TRUE(CreateJobDatabase(job));
+    EXPECT_FALSE(ValidJobFile(job));  // information has no record
+    {
+        Database db(job, OpenMode::ReadWrite);
+        db.Exec("DROP TABLE information; CREATE TABLE information (CDate timestamp, TChan int);"
+                " INSERT INTO information VALUES ('d', 250)");
+    }
+    EXPECT_FALSE(ValidJobFile(job));
+    EXPECT_EQ(m_prompt.Texts(), (std::vector<std::string>{kInvalidJob, kInvalidJob}));
+}
+
+TEST_F(ValidationTest, MissingOrDamagedFilesShowOnlyTheCheckMessage) {
+    EXPECT_FALSE(ValidJobFile(m_dir / "absent.tdb"));
+    EXPECT_FALSE(fs::exists(m_dir / "absent.tdb"));
+    EXPECT_FALSE(ValidFMDFile(m_dir / "absent.fdb"));
+    EXPECT_FALSE(fs::exists(m_dir / "absent.fdb"));
+
+    { std::ofstream(m_dir / "text.tdb") << "this is not a database, just some text long enough to look like one"; }
+    EXPECT_FALSE(ValidJobFile(m_dir / "text.tdb"));
+    EXPECT_FALSE(ValidFMDFile(m_dir / "text.tdb"));
+    { std::ofstream(m_dir / "empty.tdb"); }
+    EXPECT_FALSE(ValidJobFile(m_dir / "empty.tdb"));
+    EXPECT_FALSE(ValidJobFile(m_dir));  // a folder
+
+    EXPECT_EQ(m_prompt.Texts(), (std::vector<std::string>{kInvalidJob, kInvalidMaster, kInvalidJob, kInvalidMaster,
+                                                          kInvalidJob, kInvalidJob}));
+    EXPECT_TRUE(m_errors.Reports().empty());  // the engine's message goes nowhere near the user
+}
+
+// ------------------------------------------------------- master: upgrade
+
+struct UpgradeCase {
+    const char* name;
+    const char* version;
+    bool facilityAndService;
+    bool vertErp;
+};
+
+class MasterUpgradeTest : public ValidationTest, public ::testing::WithParamInterface<UpgradeCase> {};
+
+TEST_P(MasterUpgradeTest, AddsTheColumnsTheVersionLacks) {
+    const UpgradeCase& c = GetParam();
+    const fs::path fdb = MakeMaster(c.version, "24100", /*oldLayout=*/true);
+    MasterInfo info;
+    ASSERT_TRUE(ValidFMDFile(fdb, {"NoOp", 0}, &info));
+    Database db(fdb, OpenMode::ReadOnly);
+    EXPECT_EQ(db.HasColumn("fm_data", "facility_id"), c.facilityAndService);
+    EXPECT_EQ(db.HasColumn("fm_data", "asd_service"), c.facilityAndService);
+    EXPECT_EQ(db.HasColumn("fm_data", "vert_erp"), c.vertErp);
+    Statement row = db.Prepare("SELECT * FROM fm_data");
+    ASSERT_TRUE(row.Step());  // the records stay
+    EXPECT_EQ(row.GetInt("station_channel"), 250);
+    if (c.facilityAndService) {
+        EXPECT_TRUE(row.IsNull("facility_id"));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Versions, MasterUpgradeTest,
+                         ::testing::Values(UpgradeCase{"V1_5", "1.5", true, true},
+                                           UpgradeCase{"V1_6", "1.6", true, false},
+                                           UpgradeCase{"V1_8", " 1.8 ", true, false},
+                                           UpgradeCase{"V1_9", "1.9", false, false},
+                                           UpgradeCase{"V2_0", "2.0", false, false}),
+                         [](const ::testing::TestParamInfo<UpgradeCase>& p) { return std::string(p.param.name); });
+
+TEST_F(ValidationTest, CurrentMasterIsNotWrittenAndGivesItsInfo) {
+    const fs::path fdb = MakeMaster("1.9", "24100");
+    const std::string before = FileBytes(fdb);
+    MasterInfo info;
+    ASSERT_TRUE(ValidFMDFile(fdb, {"", DayCode(2024, 100)}, &info));
+    EXPECT_EQ(info.creation_date, "24100");
+    EXPECT_EQ(info.creation_size, "100");
+    EXPECT_EQ(info.version, 1.9f);
+    EXPECT_EQ(FileBytes(fdb), before);
+}
+
+TEST_F(ValidationTest, UnreadableVersionOrDateIsInvalid) {
+    MakeMaster("new", "24100");
+    EXPECT_FALSE(ValidFMDFile(m_dir / "master.fdb", {"NoOp", 0}));
+    fs::remove(m_dir / "master.fdb");
+    MakeMaster("1.9", "soon");
+    EXPECT_FALSE(ValidFMDFile(m_dir / "master.fdb", {"", DayCode(2024, 100)}));
+    EXPECT_EQ(m_prompt.Texts(), (std::vector<std::string>{kInvalidMaster, kInvalidMaster}));
+}
+
+TEST_F(ValidationTest, MasterNeedsTheFiveTables) {
+    const fs::path fdb = MakeMaster("1.9", "24100");
+    { Database(fdb, OpenMode::ReadWrite).Exec("DROP TABLE tv6_data"); }
+    EXPECT_FALSE(ValidFMDFile(fdb, {"NoOp", 0}));
+    EXPECT_EQ(m_prompt.Texts(), std::vector<std::string>{kInvalidMaster});
+}
+
+// ------------------------------------------------------ master: age check
+
+struct AgeCase {
+    const char* name;
+    int created;          // day code of the database
+    int today;            // today's day code
+    const char* pending;  // pending operation
+    bool valid;
+    const char* warning;  // expected message, "" for none
+};
+
+class MasterAgeTest : public ValidationTest, public ::testing::WithParamInterface<AgeCase> {};
+
+TEST_P(MasterAgeTest, ThresholdsAndMessages) {
+    const AgeCase& c = GetParam();
+    const fs::path fdb = MakeMaster("1.9", DayCodeText(c.created));
+    EXPECT_EQ(ValidFMDFile(fdb, {c.pending, c.today}), c.valid);
+    std::vector<std::string> expected;
+    if (!c.valid) expected.push_back(kInvalidMaster);
+    if (*c.warning) expected.push_back(c.warning);
+    EXPECT_EQ(m_prompt.Texts(), expected);
+    if (*c.warning) {
+        EXPECT_EQ(m_prompt.Messages().back().icon, core::PromptIcon::Information);
+    }
+}
+
+const char* const kFourMonths = "This database is more than 4 months old!\nContact Velmont for a new database.";
+
+INSTANTIATE_TEST_SUITE_P(
+    Boundaries, MasterAgeTest,
+    ::testing::Values(
+        AgeCase{"SameDay", 24200, 24200, "", true, ""},
+        AgeCase{"Days96IsThreeMonths", 24104, 24200, "", true, ""},
+        AgeCase{"Days123IsThreeMonths", 24077, 24200, "", true, ""},
+        AgeCase{"Days124IsFourMonths", 24076, 24200, "", true, kFourMonths},
+        AgeCase{"TwoDaysAheadAccepted", 24202, 24200, "", true, ""},
+        AgeCase{"ThreeDaysAheadRefused", 24203, 24200, "", false, ""},
+        AgeCase{"AcrossNewYear", 23300, 24030, "", true, ""},  // 95 days
+        AgeCase{"LastYearBehind", 23200, 24200, "", true,
+                "This database is more than 11 months old!\nContact Velmont for a new database."},
+        // Today's year part below the database's gains 10: 9300 -> 100 is 165 days.
+        AgeCase{"TenYearWrap", 9300, 100, "", true,
+                "This database is more than 5 months old!\nContact Velmont for a new database."},
+        AgeCase{"NoOpSkipsWarning", 23200, 24200, "NoOp", true, ""},
+        AgeCase{"NoOpSkipsRefusal", 24300, 24200, "NoOp", true, ""}),
+    [](const ::testing::TestParamInfo<AgeCase>& p) { return std::string(p.param.name); });
+
+TEST(DayCodeTest, YearModuloHundredAndDayOfYear) {
+    EXPECT_EQ(DayCode(2024, 123), 24123);
+    EXPECT_EQ(DayCode(2005, 10), 5010);
+    EXPECT_EQ(DayCode(1999, 365), 99365);
+    EXPECT_EQ(DayCodeText(5010), "05010");
+    EXPECT_EQ(DayCodeText(24123), "24123");
+    EXPECT_EQ(DayCodeDays(24123), 123 + 24 * 365);
+    const int today = TodayDayCode();
+    EXPECT_GE(today % 1000, 1);
+    EXPECT_LE(today % 1000, 366);
+    EXPECT_FALSE(MasterDatabaseAge(today, TodayDayCode()).dated_ahead);
+}
+
+}  // namespace
+}  // namespace qarvel::stationdb
