@@ -63,7 +63,7 @@ using Fields = std::vector<std::string>;
 std::optional<std::string> Latin1Text(std::string_view raw) {
     const std::string_view text = TrimView(raw);
     if (text.empty()) return std::nullopt;
-    return Latin1ToUtf8(text);
+    return Latin1ToUtf8(SingleLine(text));
 }
 
 std::optional<std::string> Digits(std::string_view raw) {

@@ -57,7 +57,7 @@ void MarkForeign(FmRecord& record) {
 std::optional<std::string> OptionalText(std::string_view raw) {
     const std::string_view text = TrimView(raw);
     if (text.empty() || text == "-") return std::nullopt;
-    return TextToUtf8(text);
+    return TextToUtf8(SingleLine(text));
 }
 
 namespace {

@@ -87,8 +87,8 @@ std::vector<std::string> FormatImportSummary(const ImportSummary& summary);
 // also as intl_class and its status as intl_status.
 void MarkForeign(FmRecord& record);
 
-// Trimmed, UTF-8 text; nullopt when empty or a lone "-" (the regulator's
-// "nothing here").
+// Trimmed, single-line (SingleLine), UTF-8 text; nullopt when empty or a
+// lone "-" (the regulator's "nothing here").
 std::optional<std::string> OptionalText(std::string_view raw);
 
 // Columns of a file with a header row, found by name. Names are compared

@@ -9,6 +9,15 @@ constexpr std::size_t kBufferSize = 1 << 16;
 
 }  // namespace
 
+bool FirstLineEndsWithCaret(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::string line;
+    char c = 0;
+    while (line.size() < kBufferSize * 16 && in.get(c) && c != '\n') line += c;
+    const std::string_view text = TrimView(line);
+    return text.size() >= 3 && text.substr(text.size() - 3) == "|^|";
+}
+
 DelimitedReader::DelimitedReader(const std::filesystem::path& path, DelimitedFormat format)
     : m_path(path), m_format(format), m_buffer(kBufferSize) {
     std::error_code ec;

@@ -37,6 +37,10 @@ struct DelimitedFormat {
     bool caretTerminated = false;
 };
 
+// Whether the file's first line ends with the "|^|" record terminator (the
+// regulator's dumps); false for an empty file.
+bool FirstLineEndsWithCaret(const std::filesystem::path& path);
+
 class DelimitedReader {
 public:
     // Opens path; throws ImportFailure when it cannot be read.

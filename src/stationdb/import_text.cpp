@@ -85,6 +85,21 @@ std::string Upper(std::string_view text) {
     return out;
 }
 
+std::string SingleLine(std::string_view text) {
+    std::string out;
+    bool pendingBlank = false;
+    for (char c : TrimView(text)) {
+        if (c == '\r' || c == '\n' || c == '\t') {
+            pendingBlank = true;
+            continue;
+        }
+        if (pendingBlank && !out.empty() && out.back() != ' ') out += ' ';
+        pendingBlank = false;
+        out += c;
+    }
+    return out;
+}
+
 bool IsValidUtf8(std::string_view text) {
     std::size_t i = 0;
     while (i < text.size()) {

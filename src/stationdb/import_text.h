@@ -15,6 +15,10 @@ std::string Trimmed(std::string_view text);
 // ASCII letters upper-cased; other bytes unchanged.
 std::string Upper(std::string_view text);
 
+// Line breaks and tabs inside a free-text field (a name that ran over two
+// lines in the source) become one blank each run; the ends are trimmed.
+std::string SingleLine(std::string_view text);
+
 bool IsValidUtf8(std::string_view text);
 // Single-byte text to UTF-8. The regulator's dumps are Latin-1 as written by
 // Windows, so bytes 0x80 to 0x9F are read as code page 1252 (curly quotes,
