@@ -170,9 +170,6 @@ private:
     }
     bool Is(std::size_t i, Tok k) const { return i < m_sig.size() && m_sig[i].kind == k; }
     bool IsWord(std::size_t i, std::string_view w) const { return Is(i, Tok::Word) && EqualsNoCase(Text(i), w); }
-    bool IsOperandWord(std::size_t i) const {
-        return Is(i, Tok::Word) && (!IsKeyword(Text(i)) || IsWord(i, "CASE") || IsWord(i, "END"));
-    }
     bool IsArithmetic(std::size_t i) const {
         if (!Is(i, Tok::Op)) return false;
         const std::string_view op = Text(i);

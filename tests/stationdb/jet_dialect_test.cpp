@@ -123,6 +123,26 @@ INSTANTIATE_TEST_SUITE_P(
         TranslateCase{"NoLeftOperandLeftAlone", "SELECT BETWEEN 1 AND 2", "SELECT BETWEEN 1 AND 2"}),
     [](const ::testing::TestParamInfo<TranslateCase>& p) { return std::string(p.param.name); });
 
+// Every text of up to four pieces from a small vocabulary: translation ends,
+// and a translated text translates to itself (nothing is rewritten twice).
+TEST(TranslateJetSqlRobustnessTest, ShortTextsAreStable) {
+    const std::vector<std::string> pieces = {"x", "BETWEEN", "AND", "NOT", "1", "2", "(", ")",
+                                             "'a'", "+", "-", "[b]", "CASE", "END"};
+    std::vector<std::size_t> index;
+    for (std::size_t length = 1; length <= 4; ++length) {
+        index.assign(length, 0);
+        for (;;) {
+            std::string text;
+            for (std::size_t i : index) text += pieces[i] + " ";
+            const std::string once = TranslateJetSql(text);
+            ASSERT_EQ(TranslateJetSql(once), once) << "from: " << text;
+            std::size_t pos = 0;
+            while (pos < length && ++index[pos] == pieces.size()) index[pos++] = 0;
+            if (pos == length) break;
+        }
+    }
+}
+
 TEST(JetBetweenSqlTest, BoundsInEitherOrder) {
     for (const char* sql : {"SELECT 5 BETWEEN 1 AND 10", "SELECT 5 BETWEEN 10 AND 1", "SELECT 1 BETWEEN 10 AND 1",
                             "SELECT 10 BETWEEN 10 AND 1"})
