@@ -1,5 +1,6 @@
 // qarvel-cli pack, unpack and db check, run as a user would run them.
 
+#include "cli_runner.h"
 #include "stationdb/container.h"
 #include "stationdb/database.h"
 #include "stationdb/day_code.h"
@@ -9,65 +10,28 @@
 #include <nlohmann/json.hpp>
 #include <zlib.h>
 
-#include <sys/wait.h>
-
-#include <algorithm>
 #include <fstream>
-#include <iterator>
 
 namespace {
 
 namespace fs = std::filesystem;
 using namespace qarvel::stationdb;
-
-std::string ReadAll(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
+using qarvel::testing::CliRun;
+using qarvel::testing::ReadFileText;
+using qarvel::testing::RunCli;
+using qarvel::testing::TestFolder;
 
 void WriteAll(const fs::path& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary) << bytes;
 }
 
-std::string ShellQuote(const std::string& text) {
-    std::string quoted = "'";
-    for (char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
-
-struct CliRun {
-    int status = -1;
-    std::string out, err;
-};
-
 class PackCommandTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        std::string name = std::string("qarvel_cli_pack_") + info->test_suite_name() + "_" + info->name();
-        std::replace(name.begin(), name.end(), '/', '_');
-        m_root = fs::temp_directory_path() / name;
-        fs::remove_all(m_root);
-        fs::create_directories(m_root / "tmp");
-    }
-    void TearDown() override { fs::remove_all(m_root); }
+    void SetUp() override { fs::create_directories(m_root / "tmp"); }
 
-    // Runs qarvel-cli with its temporary folder inside the test's root, so
+    // Runs qarvel-cli with its temporary folder inside the test's folder, so
     // that scratch files it leaves behind are seen.
-    CliRun Cli(const std::vector<std::string>& args) {
-        std::string command = "TMPDIR=" + ShellQuote((m_root / "tmp").string()) + " " + ShellQuote(QARVEL_CLI);
-        for (const std::string& arg : args) command += " " + ShellQuote(arg);
-        command += " >" + ShellQuote((m_root / "out.txt").string()) + " 2>" +
-                   ShellQuote((m_root / "err.txt").string());
-        int raw = std::system(command.c_str());
-        CliRun run;
-        run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        run.out = ReadAll(m_root / "out.txt");
-        run.err = ReadAll(m_root / "err.txt");
-        fs::remove(m_root / "out.txt");
-        fs::remove(m_root / "err.txt");
-        return run;
-    }
+    CliRun Cli(const std::vector<std::string>& args) { return RunCli(args, m_root / "run", m_root / "tmp"); }
     bool ScratchIsEmpty() const { return fs::is_empty(m_root / "tmp"); }
 
     // A job as the program stores it: the database and its two boundary files.
@@ -86,7 +50,8 @@ protected:
         return fmj;
     }
 
-    fs::path m_root;
+    TestFolder m_folder{"qarvel_cli_pack_"};
+    const fs::path& m_root = m_folder.Path();
 };
 
 TEST_F(PackCommandTest, PackThenUnpackGivesTheSameFiles) {
@@ -99,8 +64,8 @@ TEST_F(PackCommandTest, PackThenUnpackGivesTheSameFiles) {
     ASSERT_EQ(pack.status, 0) << pack.err;
     CliRun unpack = Cli({"unpack", (m_root / "job.fmj").string(), (m_root / "out/new").string()});
     ASSERT_EQ(unpack.status, 0) << unpack.err;
-    EXPECT_EQ(ReadAll(m_root / "out/new/a.tdb"), big);
-    EXPECT_EQ(ReadAll(m_root / "out/new/b.mst"), "state lines");
+    EXPECT_EQ(ReadFileText(m_root / "out/new/a.tdb"), big);
+    EXPECT_EQ(ReadFileText(m_root / "out/new/b.mst"), "state lines");
     EXPECT_TRUE(ScratchIsEmpty());
 }
 
