@@ -10,6 +10,11 @@ CLI::App* CommandSet::Add(const std::string& name, const std::string& descriptio
 }
 
 CLI::App* CommandSet::AddGroup(const std::string& name, const std::string& description) {
+    // Several command files add to one group ("import", "db", "job"): the
+    // first one makes it, the others get it back.
+    for (CLI::App* existing : m_app.get_subcommands({})) {
+        if (existing->get_name() == name) return existing;
+    }
     CLI::App* group = m_app.add_subcommand(name, description);
     group->require_subcommand(1);
     return group;

@@ -30,7 +30,8 @@ public:
     // Adds a subcommand; run() is called when it was chosen.
     CLI::App* Add(const std::string& name, const std::string& description,
                   std::function<int()> run);
-    // Adds a subcommand that only groups others ("db check", "import csv").
+    // Adds a subcommand that only groups others ("db check", "import csv"),
+    // or returns the group of that name when it exists already.
     CLI::App* AddGroup(const std::string& name, const std::string& description);
     // Adds a subcommand under a group.
     CLI::App* Add(CLI::App* group, const std::string& name, const std::string& description,
