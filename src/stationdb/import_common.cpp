@@ -41,7 +41,7 @@ std::vector<std::string> FormatImportSummary(const ImportSummary& s) {
     if (!foreign.empty()) lines.push_back("Foreign FM records: " + Counts(foreign));
     if (s.am > 0) lines.push_back("AM records: " + std::to_string(s.am));
     if (s.tv6 > 0) lines.push_back("TV channel 6 records: " + std::to_string(s.tv6));
-    lines.push_back("Owners: " + std::to_string(s.parties));
+    lines.push_back("Owner records: " + std::to_string(s.parties));
     lines.push_back("Skipped: " + std::to_string(s.SkippedTotal()));
     for (const auto& [reason, n] : s.skipped) lines.push_back("  " + reason + ": " + std::to_string(n));
     for (const std::string& note : s.notes) lines.push_back("Note: " + note);

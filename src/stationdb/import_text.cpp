@@ -1,5 +1,6 @@
 #include "stationdb/import_text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -159,7 +160,8 @@ std::optional<double> ParseNumber(std::string_view text) {
 
 int StoredCoordinate(double degrees) {
     const double units = degrees * 14400.0;
-    const double magnitude = std::trunc(std::fabs(units) + 1e-6);
+    // Beyond +-360 degrees is no coordinate; the clamp keeps the conversion defined.
+    const double magnitude = std::min(std::trunc(std::fabs(units) + 1e-6), 360.0 * 14400.0);
     return static_cast<int>(units < 0 ? -magnitude : magnitude);
 }
 
@@ -210,6 +212,7 @@ std::optional<std::string> ParseRegulatorDate(std::string_view text) {
 }
 
 std::optional<int> ChannelFromFrequency(double mhz) {
+    if (!(mhz > 87.0 && mhz < 109.0)) return std::nullopt;
     const double steps = (mhz - 87.9) / 0.2;
     const double nearest = std::round(steps);
     if (std::fabs(steps - nearest) * 0.2 > 0.02) return std::nullopt;

@@ -34,7 +34,8 @@ std::optional<double> ParseNumber(std::string_view text);
 
 // Degrees to stored units: degrees x 14400 truncated toward zero. Binary
 // rounding is allowed for first (0.7 degrees is 10080 units, not 10079), so
-// values within 1e-6 of a unit count as that unit.
+// values within 1e-6 of a unit count as that unit. Valid for -360 to 360
+// degrees; values beyond are clamped there.
 int StoredCoordinate(double degrees);
 // Degrees, minutes and seconds to stored units, computed in quarter seconds
 // so that whole seconds convert exactly. Minutes and seconds must lie in

@@ -76,6 +76,7 @@ TEST(ChannelFromFrequencyTest, CoversTheBandAndNothingElse) {
     EXPECT_EQ(ChannelFromFrequency(98.0), std::nullopt);  // between channels
     EXPECT_EQ(ChannelFromFrequency(87.7), std::nullopt);
     EXPECT_EQ(ChannelFromFrequency(108.1), std::nullopt);
+    EXPECT_EQ(ChannelFromFrequency(1e30), std::nullopt);
 }
 
 TEST(TextEncodingTest, Latin1AndCodePage1252BecomeUtf8) {
