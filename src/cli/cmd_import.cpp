@@ -143,19 +143,11 @@ void AddImport(CommandSet& commands, CLI::App* group, const std::string& name, c
     sub->add_flag("-q,--quiet", args->quiet, "no progress line");
 }
 
-// The "import" group; other command files add their imports to it too, so
-// whichever registers first makes it.
-CLI::App* ImportGroup(CommandSet& commands) {
-    const auto existing =
-        commands.App().get_subcommands([](CLI::App* app) { return app->get_name() == "import"; });
-    if (!existing.empty()) return existing.front();
-    return commands.AddGroup("import", "Import station, place and boundary data");
-}
-
 }  // namespace
 
 void RegisterImportCommands(CommandSet& commands) {
-    CLI::App* group = ImportGroup(commands);
+    // Other command files add their imports to the same group.
+    CLI::App* group = commands.AddGroup("import", "Import station, place and boundary data");
     AddImport(commands, group, "cdbs", "CDBS public dump folder (pipe-delimited .dat files, read by position)",
               Source::Cdbs);
     AddImport(commands, group, "lms", "LMS public dump folder (.dat files with header rows)", Source::Lms);
