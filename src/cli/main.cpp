@@ -2,6 +2,11 @@
 // studies. Every subcommand has --help; bad arguments give one line on stderr
 // and exit status 2.
 
+#include "cli/cmd_autoscan.h"
+#include "cli/cmd_import.h"
+#include "cli/cmd_job.h"
+#include "cli/cmd_mapdata.h"
+#include "cli/cmd_pack.h"
 #include "cli/command_set.h"
 #include "core/prompt.h"
 
@@ -15,6 +20,11 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", std::string("qarvel-cli ") + QARVEL_VERSION);
     CommandSet commands(app);
     RegisterCalculatorCommands(commands);
+    RegisterJobCommands(commands);
+    RegisterImportCommands(commands);
+    RegisterMapDataCommands(commands);
+    RegisterPackCommands(commands);
+    RegisterAutoScanCommands(commands);
 
     try {
         app.parse(argc, argv);
