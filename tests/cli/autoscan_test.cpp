@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <fstream>
 #include <sstream>
 
 namespace {
@@ -129,6 +130,16 @@ TEST_F(AutoScanCommandTest, BadInputExitsWithTwo) {
         EXPECT_EQ(run.status, 2) << args[1] << " " << args.back() << ": " << run.out;
         EXPECT_FALSE(run.err.empty());
     }
+}
+
+TEST_F(AutoScanCommandTest, DamagedPackedMasterExitsWithTwoAndLeavesNoScratch) {
+    const fs::path junk = m_root / "junk.fmd";
+    std::ofstream(junk, std::ios::binary) << "not a container";
+    const CliRun run =
+        Cli({"autoscan", "--db", junk.string(), "--lat", "40", "--lon", "80", "--class", "A"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_NE(run.err.find("not a packed master database"), std::string::npos) << run.err;
+    EXPECT_TRUE(fs::is_empty(m_root / "tmp")) << "scratch folder left behind";
 }
 
 TEST_F(AutoScanCommandTest, GridWritesCsvAndPng) {
