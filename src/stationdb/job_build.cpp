@@ -109,18 +109,14 @@ public:
             m_local = Database(m_in.localPath, OpenMode::ReadOnly);
             m_job.Attach(m_in.localPath, kLocalSchema);
         }
+        // The owners' link: ATTACH is refused inside a transaction, so it is
+        // made before the one transaction of the build and removed after it.
+        m_job.Attach(m_in.masterPath, kPartyLink);
         {
             Transaction transaction(m_job);
             ScanMasterStations();
             if (useLocal) ScanLocalStations();
             WriteHeader();
-            transaction.Commit();
-        }
-        // ATTACH is refused inside a transaction, so the owners' link comes
-        // after the stations are committed.
-        m_job.Attach(m_in.masterPath, kPartyLink);
-        {
-            Transaction transaction(m_job);
             CopyOwners(useLocal);
             CopyCities();
             if (useLocal) CopyMarkers();
