@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <filesystem>
@@ -55,8 +56,9 @@ FmRecord Fm(int id, std::pair<int, int> at, const std::string& call, int party =
 class JobBuildTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        m_dir = fs::temp_directory_path() / ("qarvel_job_build_" + std::to_string(::getpid()) + "_" +
-                                             ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        std::string name = ::testing::UnitTest::GetInstance()->current_test_info()->name();
+        std::replace(name.begin(), name.end(), '/', '_');  // parameterised names hold a '/'
+        m_dir = fs::temp_directory_path() / ("qarvel_job_build_" + std::to_string(::getpid()) + "_" + name);
         fs::remove_all(m_dir);
         fs::create_directories(m_dir);
     }
