@@ -7,6 +7,7 @@
 #include "cli/cmd_job.h"
 #include "cli/cmd_mapdata.h"
 #include "cli/cmd_pack.h"
+#include "cli/cmd_study.h"
 #include "cli/command_set.h"
 #include "core/prompt.h"
 
@@ -21,6 +22,7 @@ int main(int argc, char** argv) {
     CommandSet commands(app);
     RegisterCalculatorCommands(commands);
     RegisterJobCommands(commands);
+    RegisterStudyCommands(commands);
     RegisterImportCommands(commands);
     RegisterMapDataCommands(commands);
     RegisterPackCommands(commands);
