@@ -1,25 +1,41 @@
 #!/usr/bin/env bash
-# The main job: a short demonstration of Qarvel on a built tree.
+# The main job: a spacing study on the demo data set, as an engineer would
+# run it from the command line. Usage: scripts/main_job.sh [BUILD_DIR]
 set -euo pipefail
 build=${1:-build/default}
 cli="$build/src/cli/qarvel-cli"
+demo=demo
+job="$demo/philadelphia-250A.fmj"
 
-echo "== Distance and bearing, 40N 75W to 41N 76W"
-"$cli" distance 40N 75W 41N 76W
+if [ ! -f "$demo/DemoMaster.fmd" ]; then
+  echo "no demo data in $demo/: run scripts/bootstrap.sh run first" >&2
+  exit 1
+fi
+
+echo "== The demo master database (synthetic stations at real city positions, not for filing)"
+"$cli" db check "$demo/DemoMaster.fmd"
 echo
-echo "== The point 100 km due east of 40N 75W"
-"$cli" position 40N 75W 100 90
+echo "== A new job: class A on channel 250 (97.9 MHz) at Philadelphia, 200 km scan"
+"$cli" job new --db "$demo/DemoMaster.fmd" --local "$demo/LocalData.fmd" --maps "$demo" \
+  --lat 39:57:09N --lon 75:09:51W --channel 250 --class A --range 200 \
+  --comments "Demo study" --out "$job" --force
+"$cli" job info "$job"
+echo
+echo "== Stations within 20 km of their required separation, closest first"
+if "$cli" job show --help >/dev/null 2>&1; then
+  "$cli" job show "$job" --clearance 20 --sort Clearance
+  echo
+  echo "== The map, drawn to $demo/philadelphia-250A.png"
+  "$cli" job map "$job" --out "$demo/philadelphia-250A.png" --size 1000x800 || true
+  echo
+fi
+echo "== AutoScan: the ten most open channels for a class A station at the same site"
+scan=$("$cli" autoscan --db "$demo/DemoMaster.fmd" --lat 39:57:09N --lon 75:09:51W --class A)
+printf '%s\n' "$scan" | sed -n '1,10p'
+printf '%s\n' "$scan" | tail -n 1
+echo
+echo "== Calculators: distance and bearing, 40N 75W to 41N 76W"
+"$cli" distance 40N 75W 41N 76W
 echo
 echo "== Required separation, class B target against a class C1 station, second adjacent"
 "$cli" minsep --target-class B --other-class C1 --relation 2nd
-echo
-echo "== 77.5042 degrees as DMS text"
-"$cli" dms 77.5042
-echo
-if [ -f demo/DemoMaster.fmd ]; then
-  echo "== The demo data set in demo/ (synthetic stations at real city positions, not for filing)"
-  ls -l demo/DemoMaster.fmd demo/stmapH.dat demo/comapH.dat demo/LocalData.fmd
-  echo
-  echo "== The demo master database passes the master-database check"
-  "$cli" db check demo/DemoMaster.fmd
-fi
