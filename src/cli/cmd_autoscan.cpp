@@ -6,6 +6,7 @@
 #include "cli/coordinates.h"
 #include "core/error_trap.h"
 #include "spacing/class_codes.h"
+#include "stationdb/scratch_folder.h"
 #include "stationdb/database.h"
 #include "stationdb/master_package.h"
 #include "stationdb/schema.h"
@@ -113,28 +114,6 @@ int16_t ParseClass(const std::string& text, const std::string& argument, bool op
     return index;
 }
 
-// A scratch folder under the temporary folder, removed with its contents by
-// the destructor (also when the command fails half-way).
-class ScratchFolder {
-  public:
-    ScratchFolder() {
-        std::string pattern = (fs::temp_directory_path() / "qarvel-autoscan-XXXXXX").string();
-        if (::mkdtemp(pattern.data()) == nullptr)
-            throw std::runtime_error("cannot make a scratch folder");
-        m_path = pattern;
-    }
-    ~ScratchFolder() {
-        std::error_code ec;
-        fs::remove_all(m_path, ec);
-    }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    const fs::path& Path() const { return m_path; }
-
-  private:
-    fs::path m_path;
-};
-
 // An unpacked master database for the command's life: a ".fmd" is unpacked
 // into a scratch folder that is removed afterwards; anything else is taken
 // as an unpacked ".fdb". Either must hold the tables AutoScan reads.
@@ -149,7 +128,7 @@ class MasterFile {
         std::transform(ext.begin(), ext.end(), ext.begin(),
                        [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
         if (ext == ".fmd") {
-            m_scratch = std::make_unique<ScratchFolder>();
+            m_scratch = std::make_unique<stationdb::ScratchFolder>("qarvel-autoscan-");
             m_fdb = stationdb::UnpackMasterDatabase(path, m_scratch->Path());
             if (m_fdb.empty())
                 throw UsageError("--db", "'" + dbArg + "' is not a packed master database");
@@ -177,7 +156,7 @@ class MasterFile {
                 "--db", "'" + dbArg + "' is not a master database (" + e.EngineMessage() + ")");
         }
     }
-    std::unique_ptr<ScratchFolder> m_scratch;  // a member, so it goes when the constructor throws
+    std::unique_ptr<stationdb::ScratchFolder> m_scratch;  // a member, so it goes when the constructor throws
     fs::path m_fdb;
 };
 

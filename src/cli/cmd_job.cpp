@@ -6,6 +6,7 @@
 #include "cli/coordinates.h"
 #include "core/prompt.h"
 #include "spacing/class_codes.h"
+#include "stationdb/scratch_folder.h"
 #include "stationdb/container.h"
 #include "stationdb/database.h"
 #include "stationdb/job_build.h"
@@ -30,22 +31,6 @@ using nlohmann::json;
 struct NewArgs {
     std::string db, local, maps, lat, lon, channel, cls, intlClass, range, comments, out;
     bool force = false;
-};
-
-// A fresh folder under the temporary folder, removed with everything in it.
-class ScratchFolder {
-public:
-    ScratchFolder() : m_path(stationdb::CreateUniqueFolder(fs::temp_directory_path(), "qarvel-job-")) {}
-    ~ScratchFolder() {
-        std::error_code ec;
-        fs::remove_all(m_path, ec);
-    }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    const fs::path& Path() const { return m_path; }
-
-private:
-    fs::path m_path;
 };
 
 void RequireFile(const std::string& argument, const std::string& value) {
@@ -121,7 +106,7 @@ int RunNew(const NewArgs& a) {
     stationdb::NewJobInputs in = ParseNewJob(a);
     core::StderrPrompt prompt(a.force);  // --force answers "Replace ...?" with OK
     core::ScopedPrompt promptScope(prompt);
-    const ScratchFolder scratch;
+    const stationdb::ScratchFolder scratch{"qarvel-job-"};
     stationdb::FmdCheckOptions check;
     fs::path fdb;
     std::string creationDate;
@@ -149,7 +134,7 @@ int RunNew(const NewArgs& a) {
 
 int RunInfo(const std::string& file, bool asJson) {
     RequireFile("JOB", file);
-    const ScratchFolder scratch;
+    const stationdb::ScratchFolder scratch{"qarvel-job-"};
     stationdb::JobFile job(scratch.Path());
     stationdb::JobSummary s;
     if (!job.Open(file) || !stationdb::ReadJobSummary(job.Paths().tdb, &s)) {

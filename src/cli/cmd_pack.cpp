@@ -1,6 +1,7 @@
 #include "cli/cmd_pack.h"
 
 #include "core/prompt.h"
+#include "stationdb/scratch_folder.h"
 #include "stationdb/container.h"
 #include "stationdb/master_package.h"
 #include "stationdb/validation.h"
@@ -56,22 +57,6 @@ int RunUnpack(const std::string& file, const std::string& dir) {
     if (created) fs::remove(dir, ec);  // leave no trace of a refused container
     return kExitFailed;
 }
-
-// A fresh folder under the temporary folder, removed with everything in it.
-class ScratchFolder {
-public:
-    ScratchFolder() : m_path(stationdb::CreateUniqueFolder(fs::temp_directory_path(), "qarvel-check-")) {}
-    ~ScratchFolder() {
-        std::error_code ec;
-        fs::remove_all(m_path, ec);
-    }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    const fs::path& Path() const { return m_path; }
-
-private:
-    fs::path m_path;
-};
 
 // The one ".tdb" file an unpacked job holds, or empty.
 fs::path FindJobDatabase(const fs::path& folder) {
@@ -149,7 +134,7 @@ int RunCheck(const std::string& file, bool asJson) {
 
     CheckResult result;
     {
-        ScratchFolder scratch;
+        stationdb::ScratchFolder scratch{"qarvel-check-"};
         result = ext == ".fmj" ? CheckJob(file, scratch.Path()) : CheckMaster(file, scratch.Path());
     }
     if (asJson) {

@@ -11,6 +11,7 @@
 #include "jobview/map_stations.h"
 #include "jobview/temp_display.h"
 #include "spacing/class_codes.h"
+#include "stationdb/scratch_folder.h"
 #include "stationdb/container.h"
 #include "stationdb/database.h"
 #include "stationdb/job_file.h"
@@ -120,22 +121,6 @@ std::string SortList(const std::string& caption) {
     return column;
 }
 
-// A fresh folder under the temporary folder, removed with what it holds.
-class ScratchFolder {
-public:
-    ScratchFolder() : m_path(stationdb::CreateUniqueFolder(fs::temp_directory_path(), "qarvel-study-")) {}
-    ~ScratchFolder() {
-        std::error_code ec;
-        fs::remove_all(m_path, ec);
-    }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    const fs::path& Path() const { return m_path; }
-
-private:
-    fs::path m_path;
-};
-
 // The job opened in a scratch folder with its study table rebuilt for the
 // filter of the arguments (FirstLoad, ChangeStationData, NewData).
 class OpenStudy {
@@ -168,7 +153,7 @@ public:
     const fs::path& Scratch() const { return m_scratch.Path(); }
 
 private:
-    ScratchFolder m_scratch;
+    stationdb::ScratchFolder m_scratch{"qarvel-study-"};
     stationdb::JobFile m_job;
     stationdb::Database m_db;
     jobview::StudyFilter m_filter;

@@ -1,3 +1,4 @@
+#include "stationdb/scratch_folder.h"
 #include "stationdb/demo_data.h"
 
 #include <algorithm>
@@ -14,22 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kModule = "modDemoData";
-
-// Removes a folder with everything in it when it goes out of scope.
-class ScratchFolder {
-  public:
-    explicit ScratchFolder(fs::path path) : m_path(std::move(path)) {}
-    ~ScratchFolder() {
-        std::error_code ec;
-        fs::remove_all(m_path, ec);
-    }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    const fs::path& Path() const { return m_path; }
-
-  private:
-    fs::path m_path;
-};
 
 void Require(AddResult result, const MasterWriter& writer, const char* table) {
     if (result != AddResult::Added) {
@@ -81,7 +66,7 @@ bool WriteDemoMaster(const fs::path& fmd, const DemoStations& stations,
 bool CreateEmptyLocalData(const fs::path& fmd) {
     return core::TrappedVoid(kModule, ":CreateEmptyLocalData:", [&] {
         const fs::path parent = fmd.parent_path().empty() ? fs::path(".") : fmd.parent_path();
-        const ScratchFolder work(CreateUniqueFolder(parent, "~local"));
+        const ScratchFolder work(ScratchFolder::Adopt{}, CreateUniqueFolder(parent, "~local"));
         const fs::path fdb = work.Path() / (fmd.stem().string() + ".fdb");
         if (!CreateJobDatabase(fdb))
             throw core::TrapError("cannot create \"" + fdb.string() + "\"");
