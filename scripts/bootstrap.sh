@@ -55,6 +55,18 @@ generate_demo() {
   "$1/src/cli/qarvel-cli" demo demo --node-modules node_modules
 }
 
+# The desktop program looks for its Database, Jobs and Resources folders
+# beside itself: give it the demo data there, keeping a local database the
+# user may already have edited.
+install_demo_for_desktop() {
+  local app="$1/src/app"
+  [ -x "$app/qarvel" ] && [ -f demo/DemoMaster.fmd ] || return 0
+  mkdir -p "$app/Resources" "$app/Database" "$app/Jobs"
+  cp demo/stmapH.dat demo/comapH.dat "$app/Resources/"
+  [ -f "$app/Resources/LocalData.fmd" ] || cp demo/LocalData.fmd "$app/Resources/"
+  cp demo/DemoMaster.fmd "$app/Database/"
+}
+
 jobs=$(nproc 2>/dev/null || echo 2)
 
 install_packages
@@ -63,6 +75,7 @@ if [ "$mode" = run ]; then
   cmake --preset default >/dev/null
   cmake --build --preset default -j"$jobs"
   generate_demo build/default
+  install_demo_for_desktop build/default
   bash scripts/main_job.sh build/default
 else
   cmake --preset ci >/dev/null
