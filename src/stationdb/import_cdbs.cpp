@@ -475,14 +475,7 @@ private:
 
 bool ImportCdbs(const fs::path& folder, const ImportTarget& out, const ImportOptions& options,
                 ImportSummary* summary) {
-    ImportSummary local;
-    ImportSummary& s = summary ? *summary : local;
-    const fs::path name = folder.has_filename() ? folder.filename() : folder.parent_path().filename();
-    return RunImport(":ImportCdbs:", out, options, "CDBS dump " + name.string(), s,
-                     [&](MasterWriter& writer, ImportRun& run) {
-                         if (!fs::is_directory(folder)) throw ImportFailure("not a folder: " + folder.string());
-                         CdbsImport(folder, writer, run).Run();
-                     });
+    return RunFolderImport<CdbsImport>(":ImportCdbs:", "CDBS dump", folder, out, options, summary);
 }
 
 }  // namespace qarvel::stationdb

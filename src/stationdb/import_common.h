@@ -9,6 +9,8 @@
 // cannot use at all (a missing file or column, a cut-off or garbled file, no
 // station records) fails the import with a clear message and leaves no file.
 
+#include "stationdb/import_reader.h"
+
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
@@ -170,5 +172,25 @@ private:
 bool RunImport(std::string_view routine, const ImportTarget& target, const ImportOptions& options,
                const std::string& defaultSource, ImportSummary& summary,
                const std::function<void(MasterWriter&, ImportRun&)>& body);
+
+// RunImport for the importers that read a folder of dump files (CDBS, LMS):
+// Importer(folder, writer, run).Run() fills the database; the default source
+// text is dumpKind followed by the folder's name.
+template <class Importer>
+bool RunFolderImport(std::string_view routine, std::string_view dumpKind,
+                     const std::filesystem::path& folder, const ImportTarget& out,
+                     const ImportOptions& options, ImportSummary* summary) {
+    ImportSummary local;
+    ImportSummary& s = summary ? *summary : local;
+    const std::filesystem::path name =
+        folder.has_filename() ? folder.filename() : folder.parent_path().filename();
+    return RunImport(routine, out, options, std::string(dumpKind) + " " + name.string(), s,
+                     [&](MasterWriter& writer, ImportRun& run) {
+                         if (!std::filesystem::is_directory(folder)) {
+                             throw ImportFailure("not a folder: " + folder.string());
+                         }
+                         Importer(folder, writer, run).Run();
+                     });
+}
 
 }  // namespace qarvel::stationdb

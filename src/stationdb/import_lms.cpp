@@ -398,14 +398,7 @@ private:
 
 bool ImportLms(const fs::path& folder, const ImportTarget& out, const ImportOptions& options,
                ImportSummary* summary) {
-    ImportSummary local;
-    ImportSummary& s = summary ? *summary : local;
-    const fs::path name = folder.has_filename() ? folder.filename() : folder.parent_path().filename();
-    return RunImport(":ImportLms:", out, options, "LMS dump " + name.string(), s,
-                     [&](MasterWriter& writer, ImportRun& run) {
-                         if (!fs::is_directory(folder)) throw ImportFailure("not a folder: " + folder.string());
-                         LmsImport(folder, writer, run).Run();
-                     });
+    return RunFolderImport<LmsImport>(":ImportLms:", "LMS dump", folder, out, options, summary);
 }
 
 }  // namespace qarvel::stationdb
