@@ -167,7 +167,9 @@ TEST(JetBetweenSqlTest, FunctionFormHandlesNullsTextAndNumbers) {
 class SystemQueryTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        m_path = fs::path(::testing::TempDir()) / "h-db-jet-system.db";
+        m_path = fs::path(::testing::TempDir()) /
+                 (std::string("h-db-jet-system-") +
+                  ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".db");
         fs::remove(m_path);
         m_db = Database(m_path, OpenMode::Create);
         CreateJobSchema(m_db);
