@@ -13,7 +13,7 @@
 #include <thread>
 
 #include "core/error_trap.h"
-#include "stationdb/import_csv.h"
+#include "importers/import_csv.h"
 #include "studies/autoscan.h"
 #include "studies/fast_engine.h"
 #include "studies/grid_scan.h"
@@ -44,10 +44,10 @@ const fs::path& NationalMaster() {
         if (!fs::exists(csv)) return TempMaster{};
         const fs::path fdb = fs::temp_directory_path() /
                              ("qarvel-bench-autoscan-" + std::to_string(::getpid()) + ".fdb");
-        stationdb::ImportOptions options;
+        importers::ImportOptions options;
         options.eastPositive = true;
-        stationdb::ImportSummary summary;
-        if (!stationdb::ImportCsv(csv, stationdb::ImportTarget::Unpacked(fdb), options, &summary))
+        importers::ImportSummary summary;
+        if (!importers::ImportCsv(csv, importers::ImportTarget::Unpacked(fdb), options, &summary))
             return TempMaster{};
         return TempMaster{fdb};
     }();

@@ -15,15 +15,17 @@
 #include <unistd.h>
 
 #include "stationdb/database.h"
-#include "stationdb/import_common.h"
-#include "stationdb/import_csv.h"
-#include "stationdb/job_build.h"
+#include "importers/import_common.h"
+#include "importers/import_csv.h"
+#include "jobs/job_build.h"
 #include "stationdb/schema.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using namespace qarvel::stationdb;
+using namespace qarvel::importers;
+using namespace qarvel::jobs;
 
 const fs::path kCsv = fs::path(QARVEL_SHARED_DATA) / "fm-stations-national.csv";
 

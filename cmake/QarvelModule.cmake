@@ -32,6 +32,7 @@ function(qarvel_test name)
   cmake_parse_arguments(T "" "LABEL" "SOURCES;DEPS" ${ARGN})
   add_executable(${name} ${T_SOURCES})
   target_link_libraries(${name} PRIVATE ${T_DEPS} GTest::gtest GTest::gtest_main GTest::gmock)
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_compile_definitions(${name} PRIVATE
     QARVEL_SHARED_DATA="${QARVEL_SHARED_DATA}"
     QARVEL_SOURCE_DIR="${PROJECT_SOURCE_DIR}"

@@ -15,7 +15,7 @@
 // else (an absolute name, say) shows up as a missing one.
 
 #include "core/error_trap.h"
-#include "stationdb/container.h"
+#include "container/container.h"
 
 #include <unistd.h>
 #include <zlib.h>
@@ -154,7 +154,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::ofstream(w.input, std::ios::binary | std::ios::trunc).write(body.data(),
                                                                       static_cast<std::streamsize>(body.size()));
 
-    bool unpacked = qarvel::stationdb::UncompressFiles(w.input, w.out);
+    bool unpacked = qarvel::container::UncompressFiles(w.input, w.out);
     CheckTree(w, unpacked);
     if (unpacked) CheckOutput(w, body);
     ClearOutput(w);

@@ -10,7 +10,7 @@
 #include "core/error_trap.h"
 #include "shell/settings.h"
 #include "stationdb/database.h"
-#include "stationdb/job_map.h"
+#include "mapdata/job_map.h"
 #include "stationdb/master_package.h"
 
 namespace qarvel::app {
@@ -24,9 +24,9 @@ constexpr std::string_view kModule = "frmMain";
 QStringList BuildStages() {
     QStringList stages;
     for (const std::string_view caption :
-         {stationdb::kCaptionScanFm, stationdb::kCaptionScanTv6, stationdb::kCaptionScanAm,
-          stationdb::kCaptionScanLocal, stationdb::kCaptionParties, stationdb::kCaptionCities,
-          stationdb::kCaptionMarkers, stationdb::kCaptionStateMaps, stationdb::kCaptionCountyMaps}) {
+         {jobs::kCaptionScanFm, jobs::kCaptionScanTv6, jobs::kCaptionScanAm,
+          jobs::kCaptionScanLocal, jobs::kCaptionParties, jobs::kCaptionCities,
+          jobs::kCaptionMarkers, mapdata::kCaptionStateMaps, mapdata::kCaptionCountyMaps}) {
         stages << QString::fromUtf8(caption.data(), static_cast<qsizetype>(caption.size()));
     }
     return stages;
@@ -78,8 +78,8 @@ JobController::~JobController() {
     m_display.Unload();
 }
 
-stationdb::JobFile& JobController::JobFileObject() {
-    if (!m_job) m_job = std::make_unique<stationdb::JobFile>(m_context.JobScratch());
+jobs::JobFile& JobController::JobFileObject() {
+    if (!m_job) m_job = std::make_unique<jobs::JobFile>(m_context.JobScratch());
     return *m_job;
 }
 
@@ -148,18 +148,18 @@ bool JobController::CloseJob() {
 bool JobController::NewJob(const NewJobRequest& request) {
     if (!HasMaster()) return false;
     if (!CloseJob()) return false;
-    stationdb::NewJobInputs inputs = request.inputs;
+    jobs::NewJobInputs inputs = request.inputs;
     inputs.masterPath = m_context.masterDatabase;
     inputs.source = MasterSource(m_context.masterDatabase, m_context.masterPackage);
     inputs.useLocal = m_context.settings.gDBoptUseLocal;
     inputs.localPath = m_context.localDatabase;
     const fs::path maps = BoundaryFolder(m_context.settings);
-    stationdb::JobFile& job = JobFileObject();
+    jobs::JobFile& job = JobFileObject();
 
     ProgressWindow window(m_window);
     const bool built = window.Run(QString::fromLatin1(kBuildOperation), BuildStages(),
                                   [&](const ProgressWindow::Progress& progress, const std::atomic<bool>& cancel) {
-                                      stationdb::JobBuildControl control;
+                                      jobs::JobBuildControl control;
                                       control.progress = progress;
                                       control.cancel = &cancel;
                                       return job.CreateNew(inputs, request.jobFile, maps, control);

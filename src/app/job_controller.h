@@ -15,7 +15,7 @@
 
 #include "shell/program_context.h"
 #include "shell/startup.h"
-#include "stationdb/job_file.h"
+#include "jobs/job_file.h"
 
 class QWidget;
 
@@ -68,7 +68,7 @@ public:
     bool LoadMaster(const std::filesystem::path& fmd);
 
     bool HasJob() const { return m_job && m_job->IsOpen(); }
-    stationdb::JobFile* Job() const { return m_job.get(); }
+    jobs::JobFile* Job() const { return m_job.get(); }
     bool HasMaster() const { return !m_context.masterDatabase.empty(); }
     // The captions the last build reported.
     const std::vector<std::string>& LastBuildCaptions() const { return m_buildCaptions; }
@@ -79,14 +79,14 @@ signals:
     void masterChanged();
 
 private:
-    stationdb::JobFile& JobFileObject();
+    jobs::JobFile& JobFileObject();
     bool ShowOpenJob();
     void RememberRecent(const std::filesystem::path& fmj);
 
     shell::ProgramContext& m_context;
     JobDisplay& m_display;
     QWidget* m_window;
-    std::unique_ptr<stationdb::JobFile> m_job;
+    std::unique_ptr<jobs::JobFile> m_job;
     std::vector<std::string> m_buildCaptions;
 };
 

@@ -100,7 +100,7 @@ void JobDisplay::BuildLayout() {
     layout->addWidget(m_status);
 }
 
-bool JobDisplay::Load(const stationdb::JobPaths& paths, const stationdb::JobHeader& header) {
+bool JobDisplay::Load(const jobs::JobPaths& paths, const stationdb::JobHeader& header) {
     Unload();
     const bool loaded = core::Trapped(jobview::kJobDisplayModule, ":FirstLoad:", false, [&] {
         m_db = stationdb::Database(paths.tdb, stationdb::OpenMode::ReadWrite);

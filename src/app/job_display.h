@@ -21,7 +21,7 @@
 #include "jobview/temp_display.h"
 #include "shell/program_context.h"
 #include "stationdb/database.h"
-#include "stationdb/job_file.h"
+#include "jobs/job_file.h"
 
 class QLabel;
 class QSplitter;
@@ -53,7 +53,7 @@ public:
     // the target, centres the map on it, loads the boundary arrays, builds
     // `tempdisplay` and the grid, and requests the map. False (reported
     // under "frmDispJob" ":FirstLoad:") when the job cannot be shown.
-    bool Load(const stationdb::JobPaths& paths, const stationdb::JobHeader& header);
+    bool Load(const jobs::JobPaths& paths, const stationdb::JobHeader& header);
     // Form_Unload: drops pending redraws, closes the connection, clears map
     // and grid. The job's files belong to the job file and stay.
     void Unload();
@@ -88,7 +88,7 @@ public:
     // The toolbar's drawing switches.
     const jobview::MapSettings& Switches() const { return m_switches; }
     const stationdb::JobHeader& Header() const { return m_header; }
-    const stationdb::JobPaths& Paths() const { return m_paths; }
+    const jobs::JobPaths& Paths() const { return m_paths; }
     const jobview::MapArrays& Arrays() const { return m_arrays; }
     // The rows the grid shows now.
     const jobview::GridTable& GridTable() const;
@@ -129,7 +129,7 @@ private:
 
     shell::ProgramContext& m_context;
     stationdb::Database m_db;
-    stationdb::JobPaths m_paths;
+    jobs::JobPaths m_paths;
     stationdb::JobHeader m_header;
     jobview::MapArrays m_arrays;
     jobview::StudyFilter m_filter;

@@ -21,7 +21,7 @@
 #include "app/map_options_dialog.h"
 #include "app/new_job_wizard.h"
 #include "app/print_job.h"
-#include "stationdb/job_file.h"
+#include "jobs/job_file.h"
 
 namespace qarvel::app {
 

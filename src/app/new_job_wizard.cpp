@@ -15,7 +15,7 @@
 #include "app/coordinate_entry.h"
 #include "app/new_job_pages.h"
 #include "spacing/class_codes.h"
-#include "stationdb/job_file.h"
+#include "jobs/job_file.h"
 
 namespace qarvel::app {
 
@@ -70,7 +70,7 @@ QWizardPage* NewJobWizard::MakeLocationPage() {
         const auto lat = m_lat->Value();
         const auto lon = m_lon->Value();
         if (!lat || !lon) return tr("Enter the latitude and longitude of the target.");
-        if (!stationdb::ValidJobLocation(*lat, *lon)) {
+        if (!jobs::ValidJobLocation(*lat, *lon)) {
             return tr("The target must lie between 76 degrees south and 76 degrees north.");
         }
         return QString();
@@ -108,7 +108,7 @@ QWizardPage* NewJobWizard::MakeLocationPage() {
 
 QWizardPage* NewJobWizard::MakeStationPage() {
     auto* page = new CheckedPage([this] {
-        if (!stationdb::ParseJobChannel(std::to_string(m_channel->value()), nullptr)) {
+        if (!jobs::ParseJobChannel(std::to_string(m_channel->value()), nullptr)) {
             return tr("The channel must lie between 200 and 300.");
         }
         if (spacing::ClassIndex(m_class->currentText().toStdString()) < 0) return tr("Choose a class.");
@@ -211,7 +211,7 @@ void NewJobWizard::SetScan(int rangeKm, const QString& comments, const QString& 
 
 NewJobRequest NewJobWizard::Request() const {
     NewJobRequest request;
-    stationdb::NewJobInputs& in = request.inputs;
+    jobs::NewJobInputs& in = request.inputs;
     in.lat = m_lat->Value().value_or(0.0);
     in.lon = m_lon->Value().value_or(0.0);
     in.channel = std::to_string(m_channel->value());
@@ -220,7 +220,7 @@ NewJobRequest NewJobWizard::Request() const {
     in.scanRange = static_cast<std::int16_t>(m_range->value());
     in.comments = m_comments->toPlainText().toStdString();
     // ".fmj" is added unless the name already ends in it.
-    request.jobFile = stationdb::JobWorkingNames(m_jobFolder / m_jobName->text().trimmed().toStdString(), {}).jobFile;
+    request.jobFile = jobs::JobWorkingNames(m_jobFolder / m_jobName->text().trimmed().toStdString(), {}).jobFile;
     return request;
 }
 

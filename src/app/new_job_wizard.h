@@ -10,7 +10,7 @@
 
 #include <filesystem>
 
-#include "stationdb/job_build.h"
+#include "jobs/job_build.h"
 
 class QComboBox;
 class QDoubleSpinBox;
@@ -28,7 +28,7 @@ class CoordinateEntry;
 // build inputs (lat/lon in degrees, longitude positive WEST; channel and
 // classes as texts; scan range in km; comments) and the job file to be.
 struct NewJobRequest {
-    stationdb::NewJobInputs inputs;
+    jobs::NewJobInputs inputs;
     std::filesystem::path jobFile;
 };
 

@@ -6,7 +6,7 @@
 #include "cli/coordinates.h"
 #include "core/error_trap.h"
 #include "spacing/class_codes.h"
-#include "stationdb/scratch_folder.h"
+#include "container/scratch_folder.h"
 #include "stationdb/database.h"
 #include "stationdb/master_package.h"
 #include "stationdb/schema.h"
@@ -15,8 +15,8 @@
 #include "studies/grid_scan.h"
 #include "studies/heatmap.h"
 #include "studies/reference_engine.h"
-#if __has_include("stationdb/boundary_file.h")
-#include "stationdb/boundary_file.h"
+#if __has_include("mapdata/boundary_file.h")
+#include "mapdata/boundary_file.h"
 #define QARVEL_HAVE_BOUNDARY_FILE 1
 #endif
 
@@ -128,7 +128,7 @@ class MasterFile {
         std::transform(ext.begin(), ext.end(), ext.begin(),
                        [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
         if (ext == ".fmd") {
-            m_scratch = std::make_unique<stationdb::ScratchFolder>("qarvel-autoscan-");
+            m_scratch = std::make_unique<container::ScratchFolder>("qarvel-autoscan-");
             m_fdb = stationdb::UnpackMasterDatabase(path, m_scratch->Path());
             if (m_fdb.empty())
                 throw UsageError("--db", "'" + dbArg + "' is not a packed master database");
@@ -156,7 +156,7 @@ class MasterFile {
                 "--db", "'" + dbArg + "' is not a master database (" + e.EngineMessage() + ")");
         }
     }
-    std::unique_ptr<stationdb::ScratchFolder> m_scratch;  // a member, so it goes when the constructor throws
+    std::unique_ptr<container::ScratchFolder> m_scratch;  // a member, so it goes when the constructor throws
     fs::path m_fdb;
 };
 
@@ -234,11 +234,11 @@ std::vector<studies::MapLine> StateLines(const std::string& mapsDir) {
     std::vector<studies::MapLine> lines;
     if (mapsDir.empty()) return lines;
 #ifdef QARVEL_HAVE_BOUNDARY_FILE
-    const fs::path file = fs::path(mapsDir) / stationdb::kStateMapFile;
+    const fs::path file = fs::path(mapsDir) / mapdata::kStateMapFile;
     std::error_code ec;
     if (!fs::is_regular_file(file, ec)) throw UsageError("--maps", "no file " + file.string());
-    std::vector<stationdb::BoundaryLine> boundary;
-    if (!stationdb::ReadBoundaryFile(file, &boundary))
+    std::vector<mapdata::BoundaryLine> boundary;
+    if (!mapdata::ReadBoundaryFile(file, &boundary))
         throw UsageError("--maps", "unreadable " + file.string());
     for (const auto& b : boundary) {
         studies::MapLine& line = lines.emplace_back();

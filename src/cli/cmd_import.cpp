@@ -1,10 +1,10 @@
 #include "cli/cmd_import.h"
 
 #include "core/error_trap.h"
-#include "stationdb/import_cdbs.h"
-#include "stationdb/import_csv.h"
-#include "stationdb/import_fmquery.h"
-#include "stationdb/import_lms.h"
+#include "importers/import_cdbs.h"
+#include "importers/import_csv.h"
+#include "importers/import_fmquery.h"
+#include "importers/import_lms.h"
 
 #include <fmt/format.h>
 
@@ -19,6 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace stationdb;
+using namespace importers;
 
 enum class Source { Cdbs, Lms, FmQuery, Csv };
 

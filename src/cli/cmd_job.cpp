@@ -6,11 +6,11 @@
 #include "cli/coordinates.h"
 #include "core/prompt.h"
 #include "spacing/class_codes.h"
-#include "stationdb/scratch_folder.h"
-#include "stationdb/container.h"
+#include "container/scratch_folder.h"
+#include "container/container.h"
 #include "stationdb/database.h"
-#include "stationdb/job_build.h"
-#include "stationdb/job_file.h"
+#include "jobs/job_build.h"
+#include "jobs/job_file.h"
 #include "stationdb/master_package.h"
 
 #include <fmt/format.h>
@@ -53,7 +53,7 @@ void CheckClass(const std::string& text, const std::string& argument, bool optio
 
 // The inputs of the build, checked as MakeNewJob would check them, so that
 // bad arguments give exit status 2 with the system's own words.
-stationdb::NewJobInputs ParseNewJob(const NewArgs& a) {
+jobs::NewJobInputs ParseNewJob(const NewArgs& a) {
     RequireFile("--db", a.db);
     if (!a.local.empty()) RequireFile("--local", a.local);
     std::error_code ec;
@@ -62,16 +62,16 @@ stationdb::NewJobInputs ParseNewJob(const NewArgs& a) {
     if (!outFolder.empty() && !fs::is_directory(outFolder, ec)) {
         throw UsageError("--out", "no such folder '" + outFolder.string() + "'");
     }
-    if (!a.force && fs::exists(stationdb::JobWorkingNames(a.out, {}).jobFile, ec)) {
+    if (!a.force && fs::exists(jobs::JobWorkingNames(a.out, {}).jobFile, ec)) {
         throw UsageError("--out", "'" + a.out + "' exists; --force replaces it");
     }
-    stationdb::NewJobInputs in;
+    jobs::NewJobInputs in;
     in.lat = ParseCoordinate(a.lat, Axis::Latitude, "--lat");
     in.lon = ParseCoordinate(a.lon, Axis::Longitude, "--lon");
-    if (!stationdb::ValidJobLocation(in.lat, in.lon)) {
+    if (!jobs::ValidJobLocation(in.lat, in.lon)) {
         throw UsageError("--lat", "Invalid location (latitude -76 to 76, not the point 0, 0)");
     }
-    if (!stationdb::ParseJobChannel(a.channel, nullptr)) throw UsageError("--channel", "Invalid channel (200 to 300)");
+    if (!jobs::ParseJobChannel(a.channel, nullptr)) throw UsageError("--channel", "Invalid channel (200 to 300)");
     CheckClass(a.cls, "--class", false);
     CheckClass(a.intlClass, "--intl-class", true);
     in.scanRange = ParseRange(a.range);
@@ -103,10 +103,10 @@ std::string FieldText(const json& value) {
 void ShowCaption(const std::string& caption) { std::cerr << caption << "\n"; }
 
 int RunNew(const NewArgs& a) {
-    stationdb::NewJobInputs in = ParseNewJob(a);
+    jobs::NewJobInputs in = ParseNewJob(a);
     core::StderrPrompt prompt(a.force);  // --force answers "Replace ...?" with OK
     core::ScopedPrompt promptScope(prompt);
-    const stationdb::ScratchFolder scratch{"qarvel-job-"};
+    const container::ScratchFolder scratch{"qarvel-job-"};
     stationdb::FmdCheckOptions check;
     fs::path fdb;
     std::string creationDate;
@@ -119,11 +119,11 @@ int RunNew(const NewArgs& a) {
         in.localPath = stationdb::UnpackMasterDatabase(a.local, scratch.Path());
         if (in.localPath.empty()) throw UsageError("--local", "'" + a.local + "' is not a packed local database");
     }
-    stationdb::JobFile job(scratch.Path() / "job");
+    jobs::JobFile job(scratch.Path() / "job");
     if (!job.CreateNew(in, a.out, a.maps, {ShowCaption, nullptr, true})) return kExitFailed;
     if (!job.SaveAs(a.out)) return kExitFailed;
-    stationdb::JobSummary summary;
-    if (!stationdb::ReadJobSummary(job.Paths().tdb, &summary)) return kExitFailed;
+    jobs::JobSummary summary;
+    if (!jobs::ReadJobSummary(job.Paths().tdb, &summary)) return kExitFailed;
     std::cout << fmt::format("{}: {} FM, {} AM, {} TV6 stations, {} owners, {} cities, {} markers\n",
                              job.Paths().jobFile.string(), summary.rowCounts["fm_data"], summary.rowCounts["am_data"],
                              summary.rowCounts["tv6_data"], summary.rowCounts["party"], summary.rowCounts["places"],
@@ -134,10 +134,10 @@ int RunNew(const NewArgs& a) {
 
 int RunInfo(const std::string& file, bool asJson) {
     RequireFile("JOB", file);
-    const stationdb::ScratchFolder scratch{"qarvel-job-"};
-    stationdb::JobFile job(scratch.Path());
-    stationdb::JobSummary s;
-    if (!job.Open(file) || !stationdb::ReadJobSummary(job.Paths().tdb, &s)) {
+    const container::ScratchFolder scratch{"qarvel-job-"};
+    jobs::JobFile job(scratch.Path());
+    jobs::JobSummary s;
+    if (!job.Open(file) || !jobs::ReadJobSummary(job.Paths().tdb, &s)) {
         throw UsageError(file, "not a job file");
     }
     const std::vector<std::pair<std::string, json>> header = {

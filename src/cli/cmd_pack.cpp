@@ -1,8 +1,8 @@
 #include "cli/cmd_pack.h"
 
 #include "core/prompt.h"
-#include "stationdb/scratch_folder.h"
-#include "stationdb/container.h"
+#include "container/scratch_folder.h"
+#include "container/container.h"
 #include "stationdb/master_package.h"
 #include "stationdb/validation.h"
 
@@ -40,7 +40,7 @@ int RunPack(const std::string& out, const std::vector<std::string>& files) {
         RequireFile(file);
         sources.emplace_back(file);
     }
-    return stationdb::CompressFiles(out, sources) ? kExitOk : kExitFailed;
+    return container::CompressFiles(out, sources) ? kExitOk : kExitFailed;
 }
 
 int RunUnpack(const std::string& file, const std::string& dir) {
@@ -53,7 +53,7 @@ int RunUnpack(const std::string& file, const std::string& dir) {
     } else if (!fs::is_directory(dir, ec)) {
         throw UsageError(dir, "not a folder");
     }
-    if (stationdb::UncompressFiles(file, dir)) return kExitOk;
+    if (container::UncompressFiles(file, dir)) return kExitOk;
     if (created) fs::remove(dir, ec);  // leave no trace of a refused container
     return kExitFailed;
 }
@@ -79,7 +79,7 @@ struct CheckResult {
 CheckResult CheckJob(const fs::path& file, const fs::path& scratch) {
     CheckResult result{false, "job", {}};
     fs::path tdb;
-    if (stationdb::UncompressFiles(file, scratch)) tdb = FindJobDatabase(scratch);
+    if (container::UncompressFiles(file, scratch)) tdb = FindJobDatabase(scratch);
     // A container that would not unpack leaves no job database, which the
     // check refuses with its own message, as for any damaged job.
     stationdb::JobHeader h;
@@ -134,7 +134,7 @@ int RunCheck(const std::string& file, bool asJson) {
 
     CheckResult result;
     {
-        stationdb::ScratchFolder scratch{"qarvel-check-"};
+        container::ScratchFolder scratch{"qarvel-check-"};
         result = ext == ".fmj" ? CheckJob(file, scratch.Path()) : CheckMaster(file, scratch.Path());
     }
     if (asJson) {

@@ -11,10 +11,10 @@
 #include "jobview/map_stations.h"
 #include "jobview/temp_display.h"
 #include "spacing/class_codes.h"
-#include "stationdb/scratch_folder.h"
-#include "stationdb/container.h"
+#include "container/scratch_folder.h"
+#include "container/container.h"
 #include "stationdb/database.h"
-#include "stationdb/job_file.h"
+#include "jobs/job_file.h"
 
 #ifdef QARVEL_HAVE_RENDER
 #include <QGuiApplication>
@@ -149,12 +149,12 @@ public:
     stationdb::Database& Db() { return m_db; }
     const jobview::StudyFilter& Filter() const { return m_filter; }
     const std::string& Sort() const { return m_sortList; }
-    const stationdb::JobPaths& Paths() const { return m_job.Paths(); }
+    const jobs::JobPaths& Paths() const { return m_job.Paths(); }
     const fs::path& Scratch() const { return m_scratch.Path(); }
 
 private:
-    stationdb::ScratchFolder m_scratch{"qarvel-study-"};
-    stationdb::JobFile m_job;
+    container::ScratchFolder m_scratch{"qarvel-study-"};
+    jobs::JobFile m_job;
     stationdb::Database m_db;
     jobview::StudyFilter m_filter;
     std::string m_sortList;

@@ -4,7 +4,7 @@
 
 #include "core/error_trap.h"
 #include "shell/program_context.h"
-#include "stationdb/container.h"
+#include "container/container.h"
 #include "stationdb/database.h"
 #include "stationdb/master_package.h"
 #include "stationdb/schema.h"
@@ -49,7 +49,7 @@ std::string openLocaldb(const fs::path& path, const fs::path& scratchFolder) {
 fs::path CreateEmptyLocalDatabase(const fs::path& scratchFolder) {
     return core::Trapped(kModule, ":CreateEmptyLocalDatabase:", fs::path(), [&] {
         // Reserve a fresh name, then let the schema builder create the file.
-        const fs::path file = stationdb::CreateUniqueFile(scratchFolder, "LocalData", ".fdb");
+        const fs::path file = container::CreateUniqueFile(scratchFolder, "LocalData", ".fdb");
         fs::remove(file);
         if (!stationdb::CreateJobDatabase(file)) return fs::path();
         return file;

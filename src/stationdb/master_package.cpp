@@ -1,7 +1,7 @@
 #include "stationdb/master_package.h"
 
 #include "core/error_trap.h"
-#include "stationdb/container.h"
+#include "container/container.h"
 
 #include <algorithm>
 #include <cctype>
@@ -50,7 +50,7 @@ fs::path SingleMasterFile(const fs::path& folder) {
 bool PackMasterDatabase(const fs::path& fdb, const fs::path& fmd) {
     return core::Trapped(kModule, ":PackMasterDatabase:", false, [&] {
         if (!IsMasterDatabaseFile(fdb)) throw core::TrapError("not a master database (.fdb): " + fdb.string());
-        return CompressFiles(fmd, {fdb});
+        return container::CompressFiles(fmd, {fdb});
     });
 }
 
@@ -58,12 +58,12 @@ fs::path UnpackMasterDatabase(const fs::path& fmd, const fs::path& folder) {
     return core::Trapped(kModule, ":UnpackMasterDatabase:", fs::path(), [&] {
         // Unpack into a private folder first, so that a container holding
         // anything but one database leaves nothing behind in `folder`.
-        const fs::path staging = CreateUniqueFolder(folder, "~fmd");
+        const fs::path staging = container::CreateUniqueFolder(folder, "~fmd");
         FolderGuard cleanup(staging);
-        if (!UncompressFiles(fmd, staging)) return fs::path();
+        if (!container::UncompressFiles(fmd, staging)) return fs::path();
         const fs::path unpacked = SingleMasterFile(staging);
         // Reserve a fresh name ending in ".fdb", then move the database onto it.
-        const fs::path target = CreateUniqueFile(folder, "fmd", ".fdb");
+        const fs::path target = container::CreateUniqueFile(folder, "fmd", ".fdb");
         std::error_code ec;
         fs::rename(unpacked, target, ec);
         if (ec) {

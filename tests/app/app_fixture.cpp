@@ -13,7 +13,7 @@
 #include "geodesy/geodesy.h"
 #include "shell/scratch.h"
 #include "shell/settings.h"
-#include "stationdb/job_file.h"
+#include "jobs/job_file.h"
 #include "stationdb/master_package.h"
 #include "stationdb/master_writer.h"
 
@@ -152,8 +152,8 @@ void AppWorld::WriteBoundaryFiles() {
         << FloatBytes({0, 31055, 41.0f, 95.7f, 41.5f, 95.7f, 41.5f, 96.3f, 41.0f, 96.3f, 41.0f, 95.7f, 0, 0});
 }
 
-stationdb::NewJobInputs AppWorld::JobInputs(int scanRangeKm) const {
-    stationdb::NewJobInputs in;
+jobs::NewJobInputs AppWorld::JobInputs(int scanRangeKm) const {
+    jobs::NewJobInputs in;
     in.scanRange = static_cast<std::int16_t>(scanRangeKm);
     in.lat = kTargetLat;
     in.lon = kTargetLon;
@@ -168,7 +168,7 @@ stationdb::NewJobInputs AppWorld::JobInputs(int scanRangeKm) const {
 
 fs::path AppWorld::MakeJob(const std::string& name, int scanRangeKm) {
     const fs::path fmj = Jobs() / (name + ".fmj");
-    stationdb::JobFile job(m_root / "build");
+    jobs::JobFile job(m_root / "build");
     if (job.CreateNew(JobInputs(scanRangeKm), fmj, Data())) job.SaveAs(fmj);
     job.Discard();
     return fmj;

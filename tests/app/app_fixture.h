@@ -18,7 +18,7 @@
 #include "core/prompt.h"
 #include "shell/program_context.h"
 #include "shell/startup.h"
-#include "stationdb/job_build.h"
+#include "jobs/job_build.h"
 
 namespace qarvel::app::testing {
 
@@ -45,7 +45,7 @@ public:
     // The job built round the target and saved as jobs/<name>.fmj.
     fs::path MakeJob(const std::string& name = "omaha", int scanRangeKm = 300);
     // The target of MakeJob, with the master and boundary folder filled in.
-    stationdb::NewJobInputs JobInputs(int scanRangeKm = 300) const;
+    jobs::NewJobInputs JobInputs(int scanRangeKm = 300) const;
 
     // A context as the start-up leaves it: folders, scratch folders made,
     // the job-grid catalogue built, the master loaded (unpacked copy).

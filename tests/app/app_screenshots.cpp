@@ -25,7 +25,7 @@
 #include "geodesy/map_constants.h"
 #include "shell/scratch.h"
 #include "spacing/min_sep.h"
-#include "stationdb/demo_data.h"
+#include "demo/demo_data.h"
 #include "stationdb/master_package.h"
 
 namespace fs = std::filesystem;
@@ -54,7 +54,7 @@ shell::ProgramContext DemoContext(const fs::path& demo, const fs::path& temp) {
     context.jobGrid.built = true;
     shell::RecreateScratchFolder(context.MasterScratch());
     shell::RecreateScratchFolder(context.JobScratch());
-    context.masterPackage = demo / stationdb::kDemoMasterFile;
+    context.masterPackage = demo / demo::kDemoMasterFile;
     context.masterDatabase = stationdb::UnpackMasterDatabase(context.masterPackage, context.MasterScratch());
     return context;
 }
@@ -87,7 +87,7 @@ int main(int argc, char** argv) {
 
     app::testing::AppWorld world;  // also answers any message
     QTemporaryDir temp;
-    const bool demo = argc > 2 && fs::exists(fs::path(argv[2]) / stationdb::kDemoMasterFile);
+    const bool demo = argc > 2 && fs::exists(fs::path(argv[2]) / demo::kDemoMasterFile);
     shell::ProgramContext context =
         demo ? DemoContext(argv[2], fs::path(temp.path().toStdString())) : world.Context();
     if (context.masterDatabase.empty()) {

@@ -20,7 +20,7 @@ using namespace qarvel::stationdb;
 using qarvel::testing::CliRun;
 using qarvel::testing::RunCli;
 
-fs::path Fixtures() { return fs::path(QARVEL_SOURCE_DIR) / "tests" / "stationdb" / "fixtures"; }
+fs::path Fixtures() { return fs::path(QARVEL_SOURCE_DIR) / "tests" / "importers" / "fixtures"; }
 
 class ImportCommandTest : public ::testing::Test {
 protected:

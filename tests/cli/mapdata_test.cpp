@@ -2,9 +2,9 @@
 
 #include "cli_runner.h"
 
-#include "stationdb/boundary_file.h"
+#include "mapdata/boundary_file.h"
 #include "stationdb/database.h"
-#include "stationdb/demo_data.h"
+#include "demo/demo_data.h"
 #include "stationdb/master_package.h"
 
 #include <gtest/gtest.h>
@@ -19,6 +19,8 @@ namespace fs = std::filesystem;
 using qarvel::testing::RunCli;
 using qarvel::testing::TestFolder;
 using namespace qarvel::stationdb;
+using namespace qarvel::demo;
+using namespace qarvel::mapdata;
 
 // One state (a one-degree square at 30-31 N, 99-100 W, FIPS 48) and two
 // counties splitting it at 99.5 W, quantized with scale (0.5, 0.25) from

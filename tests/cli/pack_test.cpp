@@ -1,7 +1,7 @@
 // qarvel-cli pack, unpack and db check, run as a user would run them.
 
 #include "cli_runner.h"
-#include "stationdb/container.h"
+#include "container/container.h"
 #include "stationdb/database.h"
 #include "stationdb/day_code.h"
 #include "stationdb/schema.h"
@@ -16,6 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace qarvel::stationdb;
+using namespace qarvel::container;
 using qarvel::testing::CliRun;
 using qarvel::testing::ReadFileText;
 using qarvel::testing::RunCli;

@@ -3,7 +3,7 @@
 
 #include "cli_runner.h"
 #include "geodesy/geodesy.h"
-#include "stationdb/container.h"
+#include "container/container.h"
 #include "stationdb/database.h"
 #include "stationdb/schema.h"
 
@@ -17,6 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace qarvel::stationdb;
+using namespace qarvel::container;
 using nlohmann::json;
 using qarvel::testing::CliRun;
 using qarvel::testing::ReadFileText;

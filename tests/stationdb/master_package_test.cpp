@@ -2,7 +2,7 @@
 
 #include "core/error_trap.h"
 #include "core/prompt.h"
-#include "stationdb/container.h"
+#include "container/container.h"
 #include "stationdb/day_code.h"
 #include "stationdb/schema.h"
 
@@ -77,8 +77,8 @@ TEST_F(MasterPackageTest, ContainerWithoutExactlyOneFdbIsRefusedAndLeavesNothing
     std::ofstream(m_root / "notes.txt") << "three";
     core::RecordingErrorSink sink;
     core::ScopedErrorSink scoped(sink);
-    ASSERT_TRUE(CompressFiles(m_root / "two.fmd", {m_root / "a.fdb", m_root / "b.fdb"}));
-    ASSERT_TRUE(CompressFiles(m_root / "text.fmd", {m_root / "notes.txt"}));
+    ASSERT_TRUE(container::CompressFiles(m_root / "two.fmd", {m_root / "a.fdb", m_root / "b.fdb"}));
+    ASSERT_TRUE(container::CompressFiles(m_root / "text.fmd", {m_root / "notes.txt"}));
     EXPECT_TRUE(UnpackMasterDatabase(m_root / "two.fmd", Scratch()).empty());
     EXPECT_TRUE(UnpackMasterDatabase(m_root / "text.fmd", Scratch()).empty());
     EXPECT_TRUE(Listing(Scratch()).empty());
@@ -130,7 +130,7 @@ TEST_P(TestFmdRefuses, WithTheMasterMessageAndAnEmptyScratchFolder) {
     fs::path fmd = m_root / "bad.fmd";
     if (GetParam().contents.empty()) {
         ASSERT_TRUE(CreateJobDatabase(m_root / "job.fdb"));
-        ASSERT_TRUE(CompressFiles(fmd, {m_root / "job.fdb"}));
+        ASSERT_TRUE(container::CompressFiles(fmd, {m_root / "job.fdb"}));
     } else {
         std::ofstream(fmd, std::ios::binary) << GetParam().contents;
     }

@@ -2,7 +2,7 @@
 
 #include "core/error_trap.h"
 #include "core/prompt.h"
-#include "import_test_support.h"
+#include "support/db_test_support.h"
 #include "stationdb/database.h"
 #include "stationdb/master_package.h"
 #include "stationdb/validation.h"
@@ -12,7 +12,7 @@
 namespace qarvel::stationdb {
 namespace {
 
-using namespace testing_support;
+using namespace qarvel::testing_support;
 
 MasterHeader TestHeader() {
     MasterHeader h;

@@ -14,7 +14,7 @@
 
 #include "core/error_trap.h"
 #include "identity_check.h"
-#include "stationdb/import_csv.h"
+#include "importers/import_csv.h"
 #include "test_master.h"
 
 namespace qarvel::studies {
@@ -66,10 +66,10 @@ TEST(EngineIdentityNational, TwoHundredPointsEveryClass) {
         GTEST_SKIP() << "no " << NationalCsv() << ": shared data absent";
     test::TempFolder folder;
     const fs::path fdb = folder.Path() / "national.fdb";
-    stationdb::ImportOptions options;
+    importers::ImportOptions options;
     options.eastPositive = true;
-    stationdb::ImportSummary summary;
-    ASSERT_TRUE(stationdb::ImportCsv(NationalCsv(), stationdb::ImportTarget::Unpacked(fdb), options,
+    importers::ImportSummary summary;
+    ASSERT_TRUE(importers::ImportCsv(NationalCsv(), importers::ImportTarget::Unpacked(fdb), options,
                                      &summary))
         << summary.error;
     ASSERT_GT(summary.kept, 10000u);
