@@ -4,8 +4,8 @@
 #include <QApplication>
 #include <QSettings>
 
-#include "app/desktop_program.h"
-#include "app/message_box_prompt.h"
+#include "app/mainwin/desktop_program.h"
+#include "app/mainwin/message_box_prompt.h"
 #include "core/error_trap.h"
 #include "core/prompt.h"
 #include "shell/settings.h"

@@ -14,13 +14,13 @@
 #include <iostream>
 #include <memory>
 
-#include "app/filter_panel.h"
-#include "app/job_controller.h"
-#include "app/job_display.h"
-#include "app/main_window.h"
-#include "app/map_options_dialog.h"
-#include "app/new_job_wizard.h"
-#include "app/redraw_scheduler.h"
+#include "app/jobdisplay/filter_panel.h"
+#include "app/jobdisplay/job_controller.h"
+#include "app/jobdisplay/job_display.h"
+#include "app/mainwin/main_window.h"
+#include "app/jobdisplay/map_options_dialog.h"
+#include "app/wizard/new_job_wizard.h"
+#include "app/jobdisplay/redraw_scheduler.h"
 #include "app_fixture.h"
 #include "geodesy/map_constants.h"
 #include "shell/scratch.h"

@@ -1,6 +1,6 @@
 // The grid as comma-separated values.
 
-#include "app/csv_export.h"
+#include "app/output/csv_export.h"
 
 #include <gtest/gtest.h>
 

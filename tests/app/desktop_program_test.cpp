@@ -1,15 +1,15 @@
 // The program's start through the shell's start-up sequence, with a job or
 // a master database on the command line, and its orderly end.
 
-#include "app/desktop_program.h"
+#include "app/mainwin/desktop_program.h"
 
 #include <gtest/gtest.h>
 
-#include "app/job_controller.h"
-#include "app/job_display.h"
-#include "app/grid_model.h"
-#include "app/job_grid.h"
-#include "app/main_window.h"
+#include "app/jobdisplay/job_controller.h"
+#include "app/jobdisplay/job_display.h"
+#include "app/jobdisplay/grid_model.h"
+#include "app/jobdisplay/job_grid.h"
+#include "app/mainwin/main_window.h"
 #include "app_fixture.h"
 
 namespace qarvel::app {

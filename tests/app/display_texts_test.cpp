@@ -1,6 +1,6 @@
 // Pointer read-out, measurement message and the map-point-to-position rule.
 
-#include "app/display_texts.h"
+#include "app/mainwin/display_texts.h"
 
 #include <gtest/gtest.h>
 

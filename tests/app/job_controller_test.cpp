@@ -2,7 +2,7 @@
 // close ("Save changes?", "Save Failed!"), new job in the progress window,
 // master databases, recent files.
 
-#include "app/job_controller.h"
+#include "app/jobdisplay/job_controller.h"
 
 #include <QAction>
 
@@ -11,10 +11,10 @@
 #include <fstream>
 #include <memory>
 
-#include "app/job_display.h"
-#include "app/main_actions.h"
-#include "app/main_window.h"
-#include "app/new_job_wizard.h"
+#include "app/jobdisplay/job_display.h"
+#include "app/mainwin/main_actions.h"
+#include "app/mainwin/main_window.h"
+#include "app/wizard/new_job_wizard.h"
 #include "app_fixture.h"
 
 namespace qarvel::app {

@@ -2,7 +2,7 @@
 // toolbar switches, sorting, recentring, the mouse read-outs and the grid's
 // columns written back to the catalogue.
 
-#include "app/job_display.h"
+#include "app/jobdisplay/job_display.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -18,15 +18,15 @@
 
 #include <memory>
 
-#include "app/display_texts.h"
-#include "app/filter_panel.h"
-#include "app/grid_model.h"
-#include "app/job_controller.h"
-#include "app/job_grid.h"
-#include "app/main_actions.h"
-#include "app/main_window.h"
-#include "app/map_widget.h"
-#include "app/redraw_scheduler.h"
+#include "app/mainwin/display_texts.h"
+#include "app/jobdisplay/filter_panel.h"
+#include "app/jobdisplay/grid_model.h"
+#include "app/jobdisplay/job_controller.h"
+#include "app/jobdisplay/job_grid.h"
+#include "app/mainwin/main_actions.h"
+#include "app/mainwin/main_window.h"
+#include "app/jobdisplay/map_widget.h"
+#include "app/jobdisplay/redraw_scheduler.h"
 #include "app_fixture.h"
 #include "shell/settings.h"
 #include "geodesy/geodesy.h"

@@ -1,7 +1,7 @@
 // The main window's switchboard: the toolbar of the program's image keys,
 // the recent files, and which commands a closed job leaves usable.
 
-#include "app/main_window.h"
+#include "app/mainwin/main_window.h"
 
 #include <QAction>
 #include <QToolBar>
@@ -10,8 +10,8 @@
 
 #include <memory>
 
-#include "app/job_controller.h"
-#include "app/main_actions.h"
+#include "app/jobdisplay/job_controller.h"
+#include "app/mainwin/main_actions.h"
 #include "app_fixture.h"
 
 namespace qarvel::app {

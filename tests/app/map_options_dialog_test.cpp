@@ -1,6 +1,6 @@
 // The map options dialog edits a copy of the gMapOpt... settings.
 
-#include "app/map_options_dialog.h"
+#include "app/jobdisplay/map_options_dialog.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,7 +1,7 @@
 // The message boxes that answer the prompt interface, on the user-interface
 // thread and from a worker thread.
 
-#include "app/message_box_prompt.h"
+#include "app/mainwin/message_box_prompt.h"
 
 #include <QApplication>
 #include <QPushButton>

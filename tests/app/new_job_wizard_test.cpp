@@ -1,7 +1,7 @@
 // The new-job wizard: coordinate entry in both forms, channel and frequency,
 // the pages' checks and the request it hands on.
 
-#include "app/new_job_wizard.h"
+#include "app/wizard/new_job_wizard.h"
 
 #include <QComboBox>
 #include <QDoubleSpinBox>
@@ -13,7 +13,7 @@
 
 #include <cmath>
 
-#include "app/coordinate_entry.h"
+#include "app/wizard/coordinate_entry.h"
 
 namespace qarvel::app {
 namespace {

@@ -1,7 +1,7 @@
 // Printing: the header and colour key texts, page counting, and real PDF
 // files of the map and the grid.
 
-#include "app/print_job.h"
+#include "app/output/print_job.h"
 
 #include <gtest/gtest.h>
 
@@ -9,9 +9,9 @@
 #include <iterator>
 #include <memory>
 
-#include "app/job_controller.h"
-#include "app/job_display.h"
-#include "app/main_window.h"
+#include "app/jobdisplay/job_controller.h"
+#include "app/jobdisplay/job_display.h"
+#include "app/mainwin/main_window.h"
 #include "app_fixture.h"
 #include "jobview/station_colors.h"
 #include "spacing/class_codes.h"

@@ -1,7 +1,7 @@
 // The progress window runs its work on a worker thread, shows the stage
 // captions and stops the work on Cancel.
 
-#include "app/progress_window.h"
+#include "app/mainwin/progress_window.h"
 
 #include <QPushButton>
 #include <QTimer>

@@ -1,7 +1,7 @@
 // The deferred redraw: many requests give one tick; a filter change waits a
 // second; a hidden display keeps its work until shown.
 
-#include "app/redraw_scheduler.h"
+#include "app/jobdisplay/redraw_scheduler.h"
 
 #include <gtest/gtest.h>
 

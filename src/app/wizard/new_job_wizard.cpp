@@ -1,4 +1,4 @@
-#include "app/new_job_wizard.h"
+#include "app/wizard/new_job_wizard.h"
 
 #include <QButtonGroup>
 #include <QComboBox>
@@ -12,8 +12,8 @@
 
 #include <cmath>
 
-#include "app/coordinate_entry.h"
-#include "app/new_job_pages.h"
+#include "app/wizard/coordinate_entry.h"
+#include "app/wizard/new_job_pages.h"
 #include "spacing/class_codes.h"
 #include "jobs/job_file.h"
 

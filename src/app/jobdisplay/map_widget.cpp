@@ -1,4 +1,4 @@
-#include "app/map_widget.h"
+#include "app/jobdisplay/map_widget.h"
 
 #include <QApplication>
 #include <QMouseEvent>

@@ -1,4 +1,4 @@
-#include "app/main_window.h"
+#include "app/mainwin/main_window.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -12,15 +12,15 @@
 #include <QStatusBar>
 #include <QToolBar>
 
-#include "app/csv_export.h"
-#include "app/display_texts.h"
-#include "app/job_controller.h"
-#include "app/job_display.h"
-#include "app/job_grid.h"
-#include "app/main_actions.h"
-#include "app/map_options_dialog.h"
-#include "app/new_job_wizard.h"
-#include "app/print_job.h"
+#include "app/output/csv_export.h"
+#include "app/mainwin/display_texts.h"
+#include "app/jobdisplay/job_controller.h"
+#include "app/jobdisplay/job_display.h"
+#include "app/jobdisplay/job_grid.h"
+#include "app/mainwin/main_actions.h"
+#include "app/jobdisplay/map_options_dialog.h"
+#include "app/wizard/new_job_wizard.h"
+#include "app/output/print_job.h"
 #include "jobs/job_file.h"
 
 namespace qarvel::app {

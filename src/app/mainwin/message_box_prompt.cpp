@@ -1,4 +1,4 @@
-#include "app/message_box_prompt.h"
+#include "app/mainwin/message_box_prompt.h"
 
 #include <QApplication>
 #include <QThread>

@@ -1,10 +1,10 @@
-#include "app/job_grid.h"
+#include "app/jobdisplay/job_grid.h"
 
 #include <QHeaderView>
 #include <QMenu>
 #include <QSignalBlocker>
 
-#include "app/grid_model.h"
+#include "app/jobdisplay/grid_model.h"
 
 namespace qarvel::app {
 

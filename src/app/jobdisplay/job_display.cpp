@@ -2,7 +2,7 @@
 // the map's repaint. The handlers of the controls are in
 // job_display_events.cpp.
 
-#include "app/job_display.h"
+#include "app/jobdisplay/job_display.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -11,13 +11,13 @@
 #include <QStatusBar>
 #include <QVBoxLayout>
 
-#include "app/display_texts.h"
-#include "app/filter_panel.h"
-#include "app/grid_model.h"
-#include "app/job_grid.h"
-#include "app/map_widget.h"
-#include "app/print_job.h"
-#include "app/redraw_scheduler.h"
+#include "app/mainwin/display_texts.h"
+#include "app/jobdisplay/filter_panel.h"
+#include "app/jobdisplay/grid_model.h"
+#include "app/jobdisplay/job_grid.h"
+#include "app/jobdisplay/map_widget.h"
+#include "app/output/print_job.h"
+#include "app/jobdisplay/redraw_scheduler.h"
 #include "core/error_trap.h"
 #include "jobview/map_model.h"
 #include "jobview/map_stations.h"

@@ -1,4 +1,4 @@
-#include "app/redraw_scheduler.h"
+#include "app/jobdisplay/redraw_scheduler.h"
 
 namespace qarvel::app {
 

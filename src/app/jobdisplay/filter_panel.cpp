@@ -1,4 +1,4 @@
-#include "app/filter_panel.h"
+#include "app/jobdisplay/filter_panel.h"
 
 #include <QCheckBox>
 #include <QComboBox>

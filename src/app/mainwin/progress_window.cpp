@@ -1,4 +1,4 @@
-#include "app/progress_window.h"
+#include "app/mainwin/progress_window.h"
 
 #include <QCoreApplication>
 #include <QEvent>

@@ -1,12 +1,12 @@
-#include "app/desktop_program.h"
+#include "app/mainwin/desktop_program.h"
 
 #include <QFileDialog>
 
 #include <system_error>
 
-#include "app/job_controller.h"
-#include "app/job_display.h"
-#include "app/main_window.h"
+#include "app/jobdisplay/job_controller.h"
+#include "app/jobdisplay/job_display.h"
+#include "app/mainwin/main_window.h"
 
 namespace qarvel::app {
 

@@ -1,4 +1,4 @@
-#include "app/grid_model.h"
+#include "app/jobdisplay/grid_model.h"
 
 #include <variant>
 

@@ -1,12 +1,12 @@
-#include "app/job_controller.h"
+#include "app/jobdisplay/job_controller.h"
 
 #include <QWidget>
 
 #include <system_error>
 
-#include "app/job_display.h"
-#include "app/new_job_wizard.h"
-#include "app/progress_window.h"
+#include "app/jobdisplay/job_display.h"
+#include "app/wizard/new_job_wizard.h"
+#include "app/mainwin/progress_window.h"
 #include "core/error_trap.h"
 #include "shell/settings.h"
 #include "stationdb/database.h"

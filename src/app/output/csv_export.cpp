@@ -1,4 +1,4 @@
-#include "app/csv_export.h"
+#include "app/output/csv_export.h"
 
 #include <fstream>
 #include <system_error>

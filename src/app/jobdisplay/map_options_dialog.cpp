@@ -1,4 +1,4 @@
-#include "app/map_options_dialog.h"
+#include "app/jobdisplay/map_options_dialog.h"
 
 #include <QCheckBox>
 #include <QComboBox>

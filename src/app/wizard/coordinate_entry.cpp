@@ -1,4 +1,4 @@
-#include "app/coordinate_entry.h"
+#include "app/wizard/coordinate_entry.h"
 
 #include <QButtonGroup>
 #include <QDoubleSpinBox>

@@ -1,4 +1,4 @@
-#include "app/display_texts.h"
+#include "app/mainwin/display_texts.h"
 
 #include <cmath>
 #include <cstdio>

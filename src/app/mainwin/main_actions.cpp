@@ -1,4 +1,4 @@
-#include "app/main_actions.h"
+#include "app/mainwin/main_actions.h"
 
 #include <QAction>
 #include <QActionGroup>

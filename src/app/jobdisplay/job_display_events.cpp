@@ -6,12 +6,12 @@
 #include <QSplitter>
 #include <QStatusBar>
 
-#include "app/display_texts.h"
-#include "app/filter_panel.h"
-#include "app/job_display.h"
-#include "app/job_grid.h"
-#include "app/map_widget.h"
-#include "app/redraw_scheduler.h"
+#include "app/mainwin/display_texts.h"
+#include "app/jobdisplay/filter_panel.h"
+#include "app/jobdisplay/job_display.h"
+#include "app/jobdisplay/job_grid.h"
+#include "app/jobdisplay/map_widget.h"
+#include "app/jobdisplay/redraw_scheduler.h"
 #include "core/prompt.h"
 #include "geodesy/geodesy.h"
 #include "jobview/grid_query.h"

@@ -1,4 +1,4 @@
-#include "app/print_job.h"
+#include "app/output/print_job.h"
 
 #include <QFileInfo>
 #include <QFont>
