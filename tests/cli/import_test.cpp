@@ -5,6 +5,7 @@
 #include "stationdb/database.h"
 #include "stationdb/master_package.h"
 #include "stationdb/validation.h"
+#include "support/temp_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -25,11 +26,7 @@ fs::path Fixtures() { return fs::path(QARVEL_SOURCE_DIR) / "tests" / "importers"
 class ImportCommandTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        std::string name = std::string("qarvel_cli_import_") + info->test_suite_name() + "_" + info->name();
-        std::replace(name.begin(), name.end(), '/', '_');
-        m_root = fs::temp_directory_path() / name;
-        fs::remove_all(m_root);
+        m_root = qarvel::testing_support::FreshTestFolder();
         fs::create_directories(m_root / "work");
     }
     void TearDown() override { fs::remove_all(m_root); }

@@ -1,6 +1,7 @@
 #include "container/container.h"
 
 #include "core/error_trap.h"
+#include "support/temp_folder.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -74,11 +75,7 @@ std::set<fs::path> Tree(const fs::path& root) {
 class ContainerTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        std::string name = std::string("qarvel_container_") + info->test_suite_name() + "_" + info->name();
-        for (char& c : name) c = c == '/' ? '_' : c;
-        m_root = fs::temp_directory_path() / name;
-        fs::remove_all(m_root);
+        m_root = qarvel::testing_support::FreshTestFolder();
         fs::create_directories(m_root / "in");
         fs::create_directories(m_root / "tmp");
         fs::create_directories(m_root / "deep/a/b/out");

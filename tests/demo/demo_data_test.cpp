@@ -11,6 +11,7 @@
 #include "stationdb/database.h"
 #include "stationdb/master_package.h"
 #include "stationdb/validation.h"
+#include "support/temp_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -149,11 +150,7 @@ std::string ReadAll(const fs::path& path) {
 class DemoDataTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        m_root = fs::temp_directory_path() /
-                 (std::string("qarvel_demo_") +
-                  ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(m_root);
-        fs::create_directories(m_root);
+        m_root = qarvel::testing_support::FreshTestFolder();
     }
     void TearDown() override { fs::remove_all(m_root); }
 

@@ -23,6 +23,7 @@
 #include "stationdb/database.h"
 #include "stationdb/master_writer.h"
 #include "stationdb/schema.h"
+#include "support/temp_folder.h"
 
 namespace qarvel::jobs {
 namespace {
@@ -56,11 +57,7 @@ stationdb::FmRecord Fm(int id, std::pair<int, int> at, const std::string& call, 
 class JobBuildTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::string name = ::testing::UnitTest::GetInstance()->current_test_info()->name();
-        std::replace(name.begin(), name.end(), '/', '_');  // parameterised names hold a '/'
-        m_dir = fs::temp_directory_path() / ("qarvel_job_build_" + std::to_string(::getpid()) + "_" + name);
-        fs::remove_all(m_dir);
-        fs::create_directories(m_dir);
+        m_dir = qarvel::testing_support::FreshTestFolder();
     }
     void TearDown() override { fs::remove_all(m_dir); }
 

@@ -22,6 +22,7 @@
 #include "stationdb/database.h"
 #include "stationdb/master_writer.h"
 #include "stationdb/schema.h"
+#include "support/temp_folder.h"
 
 namespace qarvel::jobs {
 namespace {
@@ -74,9 +75,7 @@ TEST(JobWorkingNamesTest, FollowTheJobFileName) {
 class JobFileTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        m_dir = fs::temp_directory_path() / ("qarvel_job_file_" + std::to_string(::getpid()) + "_" +
-                                             ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(m_dir);
+        m_dir = qarvel::testing_support::FreshTestFolder();
         fs::create_directories(m_dir / "maps");
         stationdb::MasterWriter writer;
         stationdb::MasterHeader header;

@@ -18,6 +18,7 @@
 #include "core/prompt.h"
 #include "stationdb/database.h"
 #include "stationdb/schema.h"
+#include "support/temp_folder.h"
 
 namespace qarvel::jobview {
 namespace {
@@ -58,10 +59,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, MapRowsTest,
 class LoadMapArrayTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        m_dir = fs::temp_directory_path() / ("qarvel_map_arrays_" + std::to_string(::getpid()) + "_" +
-                                             ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(m_dir);
-        fs::create_directories(m_dir);
+        m_dir = qarvel::testing_support::FreshTestFolder();
         ASSERT_TRUE(stationdb::CreateJobDatabase(m_dir / "job.tdb"));
         stationdb::Database db(m_dir / "job.tdb", stationdb::OpenMode::ReadWrite);
         db.Exec("INSERT INTO places VALUES ('Lincoln', 250000, 585000, 1388000);"

@@ -6,6 +6,7 @@
 
 #include "core/error_trap.h"
 #include "geodesy/geodesy.h"
+#include "support/temp_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -36,11 +37,7 @@ std::string ReadAll(const fs::path& path) {
 class BoundaryFileTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        m_root = fs::temp_directory_path() /
-                 (std::string("qarvel_boundary_") +
-                  ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(m_root);
-        fs::create_directories(m_root);
+        m_root = qarvel::testing_support::FreshTestFolder();
     }
     void TearDown() override { fs::remove_all(m_root); }
     fs::path m_root;

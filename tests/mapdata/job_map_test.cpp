@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include "core/error_trap.h"
+#include "support/temp_folder.h"
 
 namespace qarvel::mapdata {
 namespace {
@@ -75,10 +76,7 @@ TEST(PolylineDistanceTest, FifteenDegreeWindow) {
 class BuildJobMapTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        m_dir = fs::temp_directory_path() / ("qarvel_job_map_" + std::to_string(::getpid()) + "_" +
-                                             ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(m_dir);
-        fs::create_directories(m_dir);
+        m_dir = qarvel::testing_support::FreshTestFolder();
     }
     void TearDown() override { fs::remove_all(m_dir); }
 

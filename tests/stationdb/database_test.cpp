@@ -3,6 +3,7 @@
 // introspection, ATTACH.
 
 #include "stationdb/database.h"
+#include "support/temp_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -23,10 +24,7 @@ int CountRows(const Database& db) {
 class DatabaseTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        m_dir = fs::path(::testing::TempDir()) / (std::string("h-db-database-") + info->name());
-        fs::remove_all(m_dir);
-        fs::create_directories(m_dir);
+        m_dir = qarvel::testing_support::FreshTestFolder();
     }
     void TearDown() override { fs::remove_all(m_dir); }
 

@@ -5,6 +5,7 @@
 #include "container/container.h"
 #include "stationdb/day_code.h"
 #include "stationdb/schema.h"
+#include "support/temp_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -31,11 +32,7 @@ std::vector<fs::path> Listing(const fs::path& folder) {
 class MasterPackageTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        std::string name = std::string("qarvel_master_") + info->test_suite_name() + "_" + info->name();
-        std::replace(name.begin(), name.end(), '/', '_');
-        m_root = fs::temp_directory_path() / name;
-        fs::remove_all(m_root);
+        m_root = qarvel::testing_support::FreshTestFolder();
         fs::create_directories(m_root / "scratch");
     }
     void TearDown() override { fs::remove_all(m_root); }

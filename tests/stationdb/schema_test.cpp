@@ -14,6 +14,7 @@
 #include "core/error_trap.h"
 #include "core/prompt.h"
 #include "stationdb/database.h"
+#include "support/temp_folder.h"
 
 namespace qarvel::stationdb {
 namespace {
@@ -23,10 +24,7 @@ namespace fs = std::filesystem;
 class SchemaTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        m_dir = fs::path(::testing::TempDir()) / (std::string("h-db-schema-") + info->name());
-        fs::remove_all(m_dir);
-        fs::create_directories(m_dir);
+        m_dir = qarvel::testing_support::FreshTestFolder();
     }
     void TearDown() override { fs::remove_all(m_dir); }
 

@@ -15,6 +15,7 @@
 #include "stationdb/database.h"
 #include "stationdb/day_code.h"
 #include "stationdb/schema.h"
+#include "support/temp_folder.h"
 
 namespace qarvel::stationdb {
 namespace {
@@ -34,12 +35,7 @@ std::string FileBytes(const fs::path& path) {
 class ValidationTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        std::string name = std::string("h-db-valid-") + info->name();
-        std::replace(name.begin(), name.end(), '/', '_');
-        m_dir = fs::path(::testing::TempDir()) / name;
-        fs::remove_all(m_dir);
-        fs::create_directories(m_dir);
+        m_dir = qarvel::testing_support::FreshTestFolder();
     }
     void TearDown() override { fs::remove_all(m_dir); }
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "stationdb/database.h"
+#include "support/temp_folder.h"
 
 namespace qarvel::testing_support {
 
@@ -29,31 +30,6 @@ inline void WriteAll(const fs::path& path, const std::string& bytes) {
     std::ofstream out(path, std::ios::binary);
     out << bytes;
 }
-
-inline std::vector<std::string> Listing(const fs::path& folder) {
-    std::vector<std::string> names;
-    for (const auto& item : fs::directory_iterator(folder)) names.push_back(item.path().filename().string());
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-// A fresh folder under the system's temporary folder, removed afterwards.
-class TempFolderTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        std::string name = std::string("qarvel_import_") + info->test_suite_name() + "_" + info->name();
-        for (char& c : name)
-            if (c == '/') c = '_';
-        m_root = fs::temp_directory_path() / name;
-        fs::remove_all(m_root);
-        fs::create_directories(m_root);
-    }
-    void TearDown() override { fs::remove_all(m_root); }
-    fs::path Root() const { return m_root; }
-
-    fs::path m_root;
-};
 
 // Counts the rows a query returns.
 inline int CountRows(const stationdb::Database& db, const std::string& sql) {
