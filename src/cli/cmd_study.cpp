@@ -168,13 +168,6 @@ json JsonValue(const jobview::GridValue& value) {
     return nullptr;
 }
 
-std::string CsvField(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-    std::string quoted = "\"";
-    for (char c : text) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return quoted + "\"";
-}
-
 void PrintJson(const jobview::GridTable& t) {
     json rows = json::array();
     for (const auto& row : t.rows) {
@@ -185,16 +178,7 @@ void PrintJson(const jobview::GridTable& t) {
     std::cout << json{{"rows", rows}}.dump(-1, ' ', false, json::error_handler_t::replace) << "\n";
 }
 
-void PrintCsv(const jobview::GridTable& t) {
-    for (std::size_t c = 0; c < t.captions.size(); ++c) std::cout << (c ? "," : "") << CsvField(t.captions[c]);
-    std::cout << "\n";
-    for (const auto& row : t.rows) {
-        for (std::size_t c = 0; c < row.size(); ++c) {
-            std::cout << (c ? "," : "") << CsvField(jobview::FormatGridCell(t.columns[c], row[c]));
-        }
-        std::cout << "\n";
-    }
-}
+void PrintCsv(const jobview::GridTable& t) { std::cout << jobview::GridCsv(t, "\n"); }
 
 // Columns padded to their widest cell; numbers to the right.
 void PrintText(const jobview::GridTable& t) {

@@ -3,6 +3,7 @@
 // and exit status 2.
 
 #include "cli/cmd_autoscan.h"
+#include "cli/cmd_editing.h"
 #include "cli/cmd_import.h"
 #include "cli/cmd_job.h"
 #include "cli/cmd_mapdata.h"
@@ -27,6 +28,8 @@ int main(int argc, char** argv) {
     RegisterMapDataCommands(commands);
     RegisterPackCommands(commands);
     RegisterAutoScanCommands(commands);
+    RegisterMarkerCommands(commands);
+    RegisterStationCommands(commands);
 
     try {
         app.parse(argc, argv);

@@ -1,5 +1,7 @@
 #include "jobview/grid_query.h"
 
+#include "core/csv_text.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -131,6 +133,17 @@ std::string FormatGridCell(std::string_view column, const GridValue& value) {
     }
     if (const auto* whole = std::get_if<std::int64_t>(&value)) return std::to_string(*whole);
     return Shortest(number);
+}
+
+std::string GridCsv(const GridTable& table, std::string_view lineEnd) {
+    std::string out = core::CsvRow(table.captions) + std::string(lineEnd);
+    for (const auto& row : table.rows) {
+        std::vector<std::string> cells;
+        for (std::size_t c = 0; c < row.size() && c < table.columns.size(); ++c)
+            cells.push_back(FormatGridCell(table.columns[c], row[c]));
+        out += core::CsvRow(cells) + std::string(lineEnd);
+    }
+    return out;
 }
 
 }  // namespace qarvel::jobview

@@ -57,4 +57,9 @@ bool ReadGrid(const stationdb::Database& job, const stationdb::DisplayFieldCatal
 // the bearing "000", other numbers in their shortest form, NULL as "".
 std::string FormatGridCell(std::string_view column, const GridValue& value);
 
+// The grid as comma-separated values: the captions, then each row as the grid
+// shows it, every cell made safe by core::CsvField; lines end with lineEnd
+// ("\r\n" in files for spreadsheets, "\n" on standard output).
+std::string GridCsv(const GridTable& table, std::string_view lineEnd = "\r\n");
+
 }  // namespace qarvel::jobview

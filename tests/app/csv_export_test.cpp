@@ -16,26 +16,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct FieldCase {
-    const char* name;
-    const char* in;
-    const char* out;
-};
-// Test names and failure messages show the case by its name.
-void PrintTo(const FieldCase& c, std::ostream* os) { *os << c.name; }
-
-
-class CsvFieldTest : public ::testing::TestWithParam<FieldCase> {};
-
-TEST_P(CsvFieldTest, QuotesOnlyWhatNeedsIt) { EXPECT_EQ(CsvField(GetParam().in), GetParam().out); }
-
-INSTANTIATE_TEST_SUITE_P(Table, CsvFieldTest,
-                         ::testing::Values(FieldCase{"Plain", "KCOA", "KCOA"}, FieldCase{"Empty", "", ""},
-                                           FieldCase{"Comma", "Omaha, NE", "\"Omaha, NE\""},
-                                           FieldCase{"Quote", "6\" mast", "\"6\"\" mast\""},
-                                           FieldCase{"LineBreak", "a\nb", "\"a\nb\""}),
-                         [](const auto& c) { return std::string(c.param.name); });
-
 jobview::GridTable SampleTable() {
     jobview::GridTable t;
     t.columns = {"fac_callsign", "target_distance", "target_bearing", "comm_city"};
@@ -46,7 +26,7 @@ jobview::GridTable SampleTable() {
 }
 
 TEST(GridCsvTest, CaptionsThenRowsInGridFormats) {
-    EXPECT_EQ(GridCsv(SampleTable()),
+    EXPECT_EQ(jobview::GridCsv(SampleTable()),
               "Callsign,Distance,Bearing,City\r\n"
               "KCOA,60.00,007,\"Omaha, NE\"\r\n"
               "KFAB,150.13,090,\r\n");
@@ -57,7 +37,7 @@ TEST(ExportGridCsvTest, WritesTheFileOrKeepsThePreviousOne) {
     const fs::path file = world.Root() / "grid.csv";
     ASSERT_TRUE(ExportGridCsv(SampleTable(), file));
     std::ifstream in(file, std::ios::binary);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), GridCsv(SampleTable()));
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), jobview::GridCsv(SampleTable()));
     EXPECT_FALSE(fs::exists(world.Root() / "grid.csv.part"));
     EXPECT_FALSE(ExportGridCsv(SampleTable(), world.Root() / "missing" / "grid.csv"));
     ASSERT_EQ(world.Errors().Reports().size(), 1u);

@@ -158,4 +158,40 @@ TEST_F(JobCommandTest, DamagedMasterOrJobIsRefused) {
     EXPECT_NE(info.err.find("Invalid or Damaged Jobfile!"), std::string::npos);
 }
 
+TEST_F(JobCommandTest, MarkersWithin350KmGoIntoTheJob) {
+    const std::string local = (m_root / "LocalData.fmd").string();
+    for (const auto& [lat, label] : {std::pair{"41.5", "Near"}, std::pair{"44.0", "Far"}}) {
+        const CliRun add = Cli({"marker", "add", "--db", local, "--lat", lat, "--lon", "74W", "--label", label});
+        ASSERT_EQ(add.status, 0) << add.err;
+    }
+    const CliRun list = Cli({"marker", "list", "--db", local, "--format", "json"});
+    const auto markers = nlohmann::json::parse(list.out)["markers"];
+    ASSERT_EQ(markers.size(), 2u);
+    EXPECT_EQ(markers[1]["label"], "Far");
+    EXPECT_EQ(markers[1]["lon"], 74.0);
+    // 111 km and 389 km from the target at 40.5N: only the first is copied.
+    const CliRun made = Cli(NewJob((m_root / "Study.fmj").string(), {"--local", local}));
+    ASSERT_EQ(made.status, 0) << made.err;
+    EXPECT_NE(made.out.find(" 1 markers\n"), std::string::npos) << made.out;
+    EXPECT_EQ(Cli({"marker", "delete", "--db", local, "9"}).status, 2);
+}
+
+TEST_F(JobCommandTest, StationSetChecksEveryValueBeforeWriting) {
+    const std::string master = (m_root / "Master.fmd").string();
+    const std::string before = ReadFileText(master);
+    for (const char* bad : {"station_channel=301", "station_class=Q", "nosuch=1", "lat_deg=91"}) {
+        const CliRun run = Cli({"station", "set", "--db", master, "3", "fac_callsign=WNEW", bad});
+        EXPECT_EQ(run.status, 2) << bad;
+        EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+    }
+    EXPECT_EQ(Cli({"station", "set", "--db", master, "99", "fac_callsign=WNEW"}).status, 2);
+    EXPECT_EQ(ReadFileText(master), before);
+    ASSERT_EQ(Cli({"station", "set", "--db", master, "3", "fac_callsign=WNEW", "lat_deg=40:30:00N"}).status, 0);
+    const CliRun get = Cli({"station", "get", "--db", master, "3", "--format", "json"});
+    const auto record = nlohmann::json::parse(get.out);
+    EXPECT_EQ(record["fac_callsign"], "WNEW");
+    EXPECT_EQ(record["lat"], 583200);
+    EXPECT_EQ(record["station_channel"], 251);
+}
+
 }  // namespace

@@ -1,7 +1,7 @@
 #pragma once
 // Export of the job grid as comma-separated values: the captions, then each
-// row as the grid shows it (same number formats). Fields holding a comma, a
-// quote or a line break are quoted, quotes doubled. UTF-8, CRLF line ends
+// row as the grid shows it (same number formats), cells made safe for
+// spreadsheets by core::CsvField. UTF-8, CRLF line ends
 // (what spreadsheet programs expect of CSV).
 
 #include <filesystem>
@@ -11,11 +11,7 @@
 
 namespace qarvel::app {
 
-// One CSV field.
-std::string CsvField(const std::string& text);
-// The whole file's text.
-std::string GridCsv(const jobview::GridTable& table);
-// Writes GridCsv to `file` under a temporary name beside it, renamed into
+// Writes jobview::GridCsv to `file` under a temporary name beside it, renamed into
 // place. Reported under "frmDispJob" ":ExportCsv:"; false on failure, the
 // previous file kept.
 bool ExportGridCsv(const jobview::GridTable& table, const std::filesystem::path& file);
