@@ -1,11 +1,10 @@
 #include "cli/coordinates.h"
 
 #include "cli/command_set.h"
+#include "geodesy/coordinate_text.h"
 
-#include <cctype>
 #include <charconv>
 #include <cmath>
-#include <vector>
 
 namespace qarvel::cli {
 namespace {
@@ -25,64 +24,21 @@ bool ParseDouble(std::string_view text, double& value) {
     return ec == std::errc() && ptr == end && std::isfinite(value);
 }
 
-std::vector<std::string_view> SplitColons(std::string_view text) {
-    std::vector<std::string_view> parts;
-    size_t start = 0;
-    for (size_t i = 0; i <= text.size(); ++i) {
-        if (i == text.size() || text[i] == ':') {
-            parts.push_back(text.substr(start, i - start));
-            start = i + 1;
-        }
-    }
-    return parts;
-}
-
-// Degrees from "D", "D:M" or "D:M:S"; minutes and seconds must lie in 0..60.
-bool ParseDegrees(std::string_view text, double& degrees) {
-    std::vector<std::string_view> parts = SplitColons(text);
-    if (parts.size() > 3) return false;
-    double values[3] = {0, 0, 0};
-    for (size_t i = 0; i < parts.size(); ++i) {
-        if (!ParseDouble(parts[i], values[i])) return false;
-        if (i > 0 && (values[i] < 0 || values[i] >= 60 || parts[i].front() == '-')) return false;
-    }
-    bool negative = !parts[0].empty() && parts[0].front() == '-';
-    double magnitude = std::fabs(values[0]) + values[1] / 60.0 + values[2] / 3600.0;
-    degrees = negative ? -magnitude : magnitude;
-    return true;
-}
-
 }  // namespace
 
 double ParseCoordinate(std::string_view text, Axis axis, const std::string& argument) {
-    std::string_view body = text;
-    double sign = 1.0;
-    if (!body.empty()) {
-        char hemisphere = static_cast<char>(std::toupper(static_cast<unsigned char>(body.back())));
-        bool isLat = axis == Axis::Latitude;
-        if ((isLat && (hemisphere == 'N' || hemisphere == 'S')) ||
-            (!isLat && (hemisphere == 'W' || hemisphere == 'E'))) {
-            body.remove_suffix(1);
-            if (hemisphere == 'S' || hemisphere == 'E') sign = -1.0;
-            if (!body.empty() && body.front() == '-') {
-                throw UsageError(argument, "'" + std::string(text) +
-                                               "' has both a sign and a hemisphere; " +
-                                               Allowed(axis));
-            }
-        }
+    const auto parsed = geodesy::ParseCoordinateText(
+        text, axis == Axis::Latitude ? geodesy::CoordinateAxis::Latitude : geodesy::CoordinateAxis::Longitude);
+    const std::string quoted = "'" + std::string(text) + "'";
+    switch (parsed.problem) {
+        case geodesy::CoordinateProblem::None: return parsed.degrees;
+        case geodesy::CoordinateProblem::SignAndHemisphere:
+            throw UsageError(argument, quoted + " has both a sign and a hemisphere; " + Allowed(axis));
+        case geodesy::CoordinateProblem::OutOfRange:
+            throw UsageError(argument, quoted + " is out of range; " + Allowed(axis));
+        case geodesy::CoordinateProblem::NotACoordinate: break;
     }
-    double degrees = 0;
-    if (!ParseDegrees(body, degrees)) {
-        throw UsageError(argument, "'" + std::string(text) + "' is not a coordinate; " +
-                                       Allowed(axis));
-    }
-    degrees *= sign;
-    double limit = axis == Axis::Latitude ? 90.0 : 180.0;
-    if (std::fabs(degrees) > limit) {
-        throw UsageError(argument, "'" + std::string(text) + "' is out of range; " +
-                                       Allowed(axis));
-    }
-    return degrees;
+    throw UsageError(argument, quoted + " is not a coordinate; " + Allowed(axis));
 }
 
 double ParseNumber(std::string_view text, const std::string& argument) {
