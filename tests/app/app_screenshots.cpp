@@ -22,6 +22,8 @@
 #include "app/wizard/new_job_wizard.h"
 #include "app/jobdisplay/redraw_scheduler.h"
 #include "app_fixture.h"
+#include "app/datatools/calculator_dialog.h"
+#include "app/datatools/record_editor.h"
 #include "geodesy/map_constants.h"
 #include "shell/scratch.h"
 #include "spacing/min_sep.h"
@@ -133,6 +135,20 @@ int main(int argc, char** argv) {
     QApplication::processEvents();
     ok = Save(options, out / "map-options.png") && ok;
     options.hide();
+
+    app::CalculatorDialog calculators(request.inputs.lat, request.inputs.lon);
+    calculators.SetRangeTo(41.5, 88.1);
+    calculators.show();
+    QApplication::processEvents();
+    ok = Save(calculators, out / "calculators.png") && ok;
+    calculators.hide();
+
+    app::RecordEditor editor(context.masterPackage);
+    editor.Find(QStringLiteral("fac_callsign"), QStringLiteral("W*"), QStringLiteral("fac_callsign"), false);
+    editor.show();
+    QApplication::processEvents();
+    ok = Save(editor, out / "record-editor.png") && ok;
+    editor.hide();
 
     window->Controller().Job()->Discard();
     window.reset();

@@ -56,7 +56,7 @@ INSTANTIATE_TEST_SUITE_P(
                       FieldCase{"DateUs", "cutoff_date", "07/04/2024", ""},
                       FieldCase{"DateBad", "cutoff_date", "2024-13-40", "not a date"},
                       FieldCase{"EmptyIsNull", "station_channel", "", ""}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& c) { return std::string(c.param.name); });
 
 class SetStationTest : public testing_support::TempFolderTest {
 protected:

@@ -27,7 +27,9 @@ class CoordinateTextTest : public ::testing::TestWithParam<TextCase> {};
 TEST_P(CoordinateTextTest, ReadsTheNotation) {
     const auto parsed = ParseCoordinateText(GetParam().text, GetParam().axis);
     EXPECT_EQ(parsed.problem, GetParam().problem);
-    if (GetParam().problem == kOk) EXPECT_NEAR(parsed.degrees, GetParam().degrees, 1e-9);
+    if (GetParam().problem == kOk) {
+        EXPECT_NEAR(parsed.degrees, GetParam().degrees, 1e-9);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -47,7 +49,7 @@ INSTANTIATE_TEST_SUITE_P(
         TextCase{"LatitudeHemisphereOnLongitude", "40N", kLon, CoordinateProblem::NotACoordinate, 0},
         TextCase{"BeyondPole", "90.0001", kLat, CoordinateProblem::OutOfRange, 0},
         TextCase{"LongitudeEdge", "180E", kLon, kOk, -180}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& c) { return std::string(c.param.name); });
 
 TEST(CoordinatePair, WebMapPairsCountLongitudeEast) {
     const auto newYork = ParseCoordinatePair("40.7128, -74.0060");

@@ -1,5 +1,7 @@
 #include "app/mainwin/main_window.h"
 
+#include "app/datatools/data_tools_menu.h"
+
 #include <QAction>
 #include <QCloseEvent>
 #include <QFileDialog>
@@ -39,7 +41,11 @@ MainWindow::MainWindow(shell::ProgramContext& context, QWidget* parent)
       m_pages(new QStackedWidget(this)),
       m_display(new JobDisplay(context, m_pages)),
       m_controller(new JobController(context, *m_display, this)),
-      m_master(new QLabel(this)) {
+      m_master(new QLabel(this)),
+      m_tools(new DataToolsMenu(*this, *m_actions, context, [this]() -> std::optional<std::pair<double, double>> {
+          if (!m_controller->HasJob()) return std::nullopt;
+          return std::make_pair(m_display->Header().TLat, m_display->Header().TLon);
+      })) {
     setObjectName(QStringLiteral("frmMain"));
     auto* empty = new QLabel(tr("Open a job or start a new one from the File menu."), m_pages);
     empty->setObjectName(QStringLiteral("lblNoJob"));

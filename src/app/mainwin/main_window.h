@@ -17,6 +17,7 @@ class QStackedWidget;
 
 namespace qarvel::app {
 
+class DataToolsMenu;
 class JobController;
 class JobDisplay;
 class MainActions;
@@ -31,6 +32,7 @@ public:
     JobController& Controller() const { return *m_controller; }
     JobDisplay& Display() const { return *m_display; }
     MainActions& Actions() const { return *m_actions; }
+    DataToolsMenu& Tools() const { return *m_tools; }
 
     // After start-up: the recent files, title and enabled commands from
     // the context the start-up filled.
@@ -73,6 +75,7 @@ private:
     JobDisplay* m_display;
     JobController* m_controller;
     QLabel* m_master;
+    DataToolsMenu* m_tools;
 };
 
 }  // namespace qarvel::app
