@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QFileDialog>
 #include <QMainWindow>
+#include <QMenu>
 #include <QMenuBar>
 
 #include "app/datatools/calculator_dialog.h"
@@ -47,6 +48,28 @@ void DataToolsMenu::Calculators() {
     const auto target = m_target();
     auto* dialog = new CalculatorDialog(target ? target->first : 0.0, target ? target->second : 0.0, &m_window);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->show();
+}
+
+void DataToolsMenu::PointMenu(double lat, double lonWest, QPoint global) {
+    QMenu menu(&m_window);
+    menu.setObjectName(QStringLiteral("mnuMapPoint"));
+    menu.addAction(tr("Add &Marker Here..."), this, [=, this] { AddMarkerAt(lat, lonWest); });
+    menu.addAction(tr("&Range and Bearing to Here"), this, [=, this] { RangeToPoint(lat, lonWest); });
+    menu.exec(global);
+}
+
+void DataToolsMenu::AddMarkerAt(double lat, double lonWest) {
+    MarkersDialog dialog(m_context.localDatabase, &m_window);
+    connect(&dialog, &MarkersDialog::markersChanged, this, &DataToolsMenu::markersChanged);
+    dialog.AddAt(lat, lonWest);
+}
+
+void DataToolsMenu::RangeToPoint(double lat, double lonWest) {
+    const auto target = m_target();
+    auto* dialog = new CalculatorDialog(target ? target->first : lat, target ? target->second : lonWest, &m_window);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->SetRangeTo(lat, lonWest);
     dialog->show();
 }
 

@@ -4,8 +4,10 @@
 // over the local database or a master database file.
 
 #include <QObject>
+#include <QPoint>
 
 #include <functional>
+#include <optional>
 #include <utility>
 
 #include "shell/program_context.h"
@@ -30,6 +32,11 @@ public:
     void Markers();
     void EditLocalRecords();
     void EditMasterRecords();
+    // The map's point menu: a marker there, or range and bearing from the
+    // target to it.
+    void PointMenu(double lat, double lonWest, QPoint global);
+    void AddMarkerAt(double lat, double lonWest);
+    void RangeToPoint(double lat, double lonWest);
 
     QAction* calculators = nullptr;
     QAction* markers = nullptr;

@@ -107,6 +107,9 @@ public:
     QString PointerText() const;
 
 signals:
+    // The user asked for the actions of a map point (latitude, longitude
+    // west, in degrees) at the screen position `global`.
+    void pointActionsRequested(double lat, double lonWest, QPoint global);
     // The toolbar switches or view mode changed (the main window's actions
     // follow).
     void switchesChanged();

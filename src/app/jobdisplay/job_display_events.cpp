@@ -51,6 +51,11 @@ void JobDisplay::ConnectControls() {
     connect(m_map, &MapWidget::pointerMoved, this, &JobDisplay::ShowPointer);
     connect(m_map, &MapWidget::measured, this, &JobDisplay::ShowMeasurement);
     connect(m_map, &MapWidget::recentreRequested, this, &JobDisplay::RecentreAt);
+    connect(m_map, &MapWidget::contextRequested, this, [this](double xKm, double yKm, QPoint global) {
+        if (!m_loaded) return;
+        const LatLon point = OffsetToLatLon({m_centreLat, m_centreLon}, xKm, yKm);
+        emit pointActionsRequested(point.lat, point.lon, global);
+    });
 }
 
 void JobDisplay::showEvent(QShowEvent* event) {

@@ -1,6 +1,7 @@
 #include "app/jobdisplay/map_widget.h"
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -84,6 +85,11 @@ void MapWidget::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     Render();
     emit resized();
+}
+
+void MapWidget::contextMenuEvent(QContextMenuEvent* event) {
+    const QPointF km = KmAt(event->pos());
+    emit contextRequested(km.x(), km.y(), event->globalPos());
 }
 
 void MapWidget::mousePressEvent(QMouseEvent* event) {

@@ -58,6 +58,9 @@ signals:
     void measured(double x1Km, double y1Km, double x2Km, double y2Km);
     void recentreRequested(double xKm, double yKm);
     void resized();
+    // The context menu was asked for at a point of the map (km east and north
+    // of the map centre; global: screen position for the menu).
+    void contextRequested(double xKm, double yKm, QPoint global);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -66,6 +69,7 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
     jobview::MapScene m_scene;

@@ -58,6 +58,7 @@ MainWindow::MainWindow(shell::ProgramContext& context, QWidget* parent)
     resize(1200, 800);
     ConnectFileCommands();
     ConnectViewCommands();
+    connect(m_display, &JobDisplay::pointActionsRequested, m_tools, &DataToolsMenu::PointMenu);
     Refresh();
 }
 
