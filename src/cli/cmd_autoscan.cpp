@@ -5,9 +5,11 @@
 
 #include "cli/coordinates.h"
 #include "core/error_trap.h"
+#include "core/interrupt.h"
 #include "spacing/class_codes.h"
 #include "container/scratch_folder.h"
 #include "stationdb/database.h"
+#include "stationdb/layout_check.h"
 #include "stationdb/master_package.h"
 #include "stationdb/schema.h"
 #include "studies/autoscan.h"
@@ -27,7 +29,6 @@
 #include <unistd.h>
 #include <algorithm>
 #include <atomic>
-#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -145,12 +146,9 @@ class MasterFile {
     void Check(const std::string& dbArg) const {
         try {
             stationdb::Database db(m_fdb, stationdb::OpenMode::ReadOnly);
-            for (const char* table : {"fm_data", "tv6_data"}) {
-                if (!db.HasTable(table)) {
-                    throw UsageError("--db",
-                                     "'" + dbArg + "' is not a master database: no table " + table);
-                }
-            }
+            auto problem = stationdb::LayoutProblem(db, stationdb::DatabaseKind::Master);
+            if (!problem) problem = stationdb::PositionProblem(db);
+            if (problem) throw DataError(dbArg, "not a usable master database: " + *problem);
         } catch (const stationdb::DatabaseError& e) {
             throw UsageError(
                 "--db", "'" + dbArg + "' is not a master database (" + e.EngineMessage() + ")");
@@ -225,11 +223,6 @@ int RunScan(const ScanArgs& a) {
     return kExitOk;
 }
 
-std::atomic<bool> g_interrupted{false};
-void OnInterrupt(int) {
-    g_interrupted = true;
-}
-
 std::vector<studies::MapLine> StateLines(const std::string& mapsDir) {
     std::vector<studies::MapLine> lines;
     if (mapsDir.empty()) return lines;
@@ -299,8 +292,6 @@ int RunGrid(const GridArgs& a) {
     auto index = studies::MasterIndex::Load(master.Fdb());
     if (!index) return kExitFailed;
 
-    g_interrupted = false;
-    auto previous = std::signal(SIGINT, OnInterrupt);
     // A progress line on a terminal, redrawn when the percentage moves.
     const bool terminal = ::isatty(STDERR_FILENO) != 0;
     std::size_t shown = 101;
@@ -313,12 +304,11 @@ int RunGrid(const GridArgs& a) {
             std::cerr << fmt::format("\rAutoScan grid: {}/{} points ({}%)", done, total, percent)
                       << std::flush;
         },
-        &g_interrupted);
-    std::signal(SIGINT, previous);
+        core::InterruptFlag());
     if (terminal) std::cerr << "\n";
     if (result.cancelled) {
         std::cerr << "qarvel-cli: AutoScan grid cancelled; no files written\n";
-        return kExitFailed;
+        return kExitInterrupted;
     }
     std::vector<int> openings;
     for (const auto& p : result.points) openings.push_back(p.openings);

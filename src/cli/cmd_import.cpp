@@ -1,5 +1,7 @@
 #include "cli/cmd_import.h"
 
+#include "core/interrupt.h"
+
 #include "core/error_trap.h"
 #include "importers/import_cdbs.h"
 #include "importers/import_csv.h"
@@ -9,7 +11,6 @@
 #include <fmt/format.h>
 
 #include <atomic>
-#include <csignal>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -34,21 +35,6 @@ struct ImportArgs {
 constexpr std::uint64_t kIssuesShown = 20;
 // Inputs at least this large get a progress line.
 constexpr std::uint64_t kProgressFromBytes = 1 << 20;
-
-// Ctrl-C asks the import to stop, so that it can remove its temporary files.
-std::atomic<bool> g_interrupted{false};
-extern "C" void OnInterrupt(int) { g_interrupted.store(true); }
-
-class InterruptGuard {
-public:
-    InterruptGuard() : m_previous(std::signal(SIGINT, OnInterrupt)) { g_interrupted.store(false); }
-    ~InterruptGuard() { std::signal(SIGINT, m_previous); }
-    InterruptGuard(const InterruptGuard&) = delete;
-    InterruptGuard& operator=(const InterruptGuard&) = delete;
-
-private:
-    void (*m_previous)(int);
-};
 
 bool ReadsFolder(Source source) { return source == Source::Cdbs || source == Source::Lms; }
 
@@ -91,7 +77,7 @@ int RunImport(Source source, const ImportArgs& a) {
     int shownPercent = -1;
     ImportOptions options;
     options.eastPositive = a.eastPositive;
-    options.cancel = &g_interrupted;
+    options.cancel = core::InterruptFlag();  // Ctrl-C stops the import and removes its temporary files
     if (showProgress) {
         options.progress = [&](const ImportProgress& p) {
             const int percent = static_cast<int>(p.fraction * 100);
@@ -111,7 +97,6 @@ int RunImport(Source source, const ImportArgs& a) {
     // The import's own failure report becomes the one message below.
     core::RecordingErrorSink errors;
     core::ScopedErrorSink scopedErrors(errors);
-    InterruptGuard interrupt;
     ImportSummary summary;
     const bool ok = Import(source, a.input, ImportTarget::ForPath(a.out), options, &summary);
     if (shownPercent >= 0) std::cerr << "\n";

@@ -4,6 +4,7 @@
 #include "cli/cmd_job.h"
 
 #include "cli/coordinates.h"
+#include "core/interrupt.h"
 #include "core/prompt.h"
 #include "spacing/class_codes.h"
 #include "container/scratch_folder.h"
@@ -120,7 +121,7 @@ int RunNew(const NewArgs& a) {
         if (in.localPath.empty()) throw UsageError("--local", "'" + a.local + "' is not a packed local database");
     }
     jobs::JobFile job(scratch.Path() / "job");
-    if (!job.CreateNew(in, a.out, a.maps, {ShowCaption, nullptr, true})) return kExitFailed;
+    if (!job.CreateNew(in, a.out, a.maps, {ShowCaption, core::InterruptFlag(), true})) return kExitFailed;
     if (!job.SaveAs(a.out)) return kExitFailed;
     jobs::JobSummary summary;
     if (!jobs::ReadJobSummary(job.Paths().tdb, &summary)) return kExitFailed;

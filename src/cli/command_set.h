@@ -14,13 +14,22 @@ namespace qarvel::cli {
 // Exit statuses shared by every subcommand.
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitFailed = 1;     // the work was done and the answer is "no"/failed
-inline constexpr int kExitBadInput = 2;   // bad arguments or unusable input
+inline constexpr int kExitBadInput = 2;   // bad arguments
+inline constexpr int kExitBadData = 3;    // an input file or its contents are damaged
+inline constexpr int kExitIo = 4;         // reading or writing failed (disk full, output closed)
+inline constexpr int kExitInterrupted = 130;  // stopped by SIGINT or SIGTERM
 
 // Bad user input: one line on stderr naming the argument, exit status 2.
 class UsageError : public std::runtime_error {
 public:
     UsageError(const std::string& argument, const std::string& problem)
         : std::runtime_error(argument + ": " + problem) {}
+};
+
+// A damaged input file: one line "qarvel-cli: FILE: what is wrong", exit status 3.
+class DataError : public std::runtime_error {
+public:
+    DataError(const std::string& file, const std::string& problem) : std::runtime_error(file + ": " + problem) {}
 };
 
 class CommandSet {

@@ -10,9 +10,38 @@
 #include "cli/cmd_pack.h"
 #include "cli/cmd_study.h"
 #include "cli/command_set.h"
+#include "core/csv_text.h"
+#include "core/interrupt.h"
 #include "core/prompt.h"
 
+#include <cstdio>
 #include <iostream>
+#include <string>
+
+namespace {
+
+// One line for the terminal: the first line of a message, control bytes
+// made harmless.
+std::string OneLine(const std::string& text) {
+    return qarvel::core::TerminalText(text.substr(0, text.find('\n')));
+}
+
+int Fail(int status, const std::string& message) {
+    std::cerr << "qarvel-cli: " << OneLine(message) << "\n";
+    return status;
+}
+
+// What was printed must have reached its file: a full disk or a closed pipe
+// is a failure, not a success.
+int CheckOutput(int status) {
+    std::cout.flush();
+    if (!std::cout || std::fflush(stdout) != 0 || std::ferror(stdout)) {
+        return Fail(qarvel::cli::kExitIo, "standard output: write failed");
+    }
+    return status;
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     using namespace qarvel::cli;
@@ -30,6 +59,8 @@ int main(int argc, char** argv) {
     RegisterAutoScanCommands(commands);
     RegisterMarkerCommands(commands);
     RegisterStationCommands(commands);
+    // Write errors on standard output are found by CheckOutput, not thrown.
+    std::cout.exceptions(std::ios::goodbit);
 
     try {
         app.parse(argc, argv);
@@ -40,16 +71,20 @@ int main(int argc, char** argv) {
     } catch (const CLI::CallForVersion& e) {
         return app.exit(e);
     } catch (const CLI::ParseError& e) {
-        std::cerr << "qarvel-cli: " << e.what() << "\n";
-        return kExitBadInput;
+        return Fail(kExitBadInput, e.what());
     }
+    qarvel::core::InstallInterruptHandlers();
+    int status = kExitFailed;
     try {
-        return commands.RunChosen();
+        status = commands.RunChosen();
     } catch (const UsageError& e) {
-        std::cerr << "qarvel-cli: " << e.what() << "\n";
-        return kExitBadInput;
+        return Fail(kExitBadInput, e.what());
+    } catch (const DataError& e) {
+        return Fail(kExitBadData, e.what());
     } catch (const std::exception& e) {
-        std::cerr << "qarvel-cli: " << e.what() << "\n";
-        return kExitFailed;
+        if (qarvel::core::Interrupted()) return Fail(kExitInterrupted, "interrupted");
+        return Fail(kExitFailed, e.what());
     }
+    if (qarvel::core::Interrupted()) return Fail(kExitInterrupted, "interrupted");
+    return CheckOutput(status);
 }

@@ -1,6 +1,7 @@
 #include "container/container.h"
 
 #include "core/error_trap.h"
+#include "core/interrupt.h"
 
 #include <zlib.h>
 
@@ -217,6 +218,7 @@ void Deflate(std::FILE* in, std::FILE* out, Buffer& input, const fs::path& outPa
         zs.avail_in = static_cast<uInt>(std::fread(input.data(), 1, input.size(), in));
         zs.next_in = input.data();
         if (std::ferror(in)) problem = "cannot read the scratch file";
+        if (core::Interrupted()) problem = "interrupted";
         flush = std::feof(in) ? Z_FINISH : Z_NO_FLUSH;
         while (problem.empty()) {
             zs.avail_out = static_cast<uInt>(output->size());

@@ -80,11 +80,13 @@ bool testFMD(const fs::path& fmd, const fs::path& scratchFolder, const FmdCheckO
     return core::Trapped(kModule, ":testFMD:", false, [&] {
         if (progress) progress("Initializing Database");
         fs::path fdb = UnpackMasterDatabase(fmd, scratchFolder);
+        FmdCheckOptions named = options;
+        if (named.displayName.empty()) named.displayName = fmd;
         MasterInfo read;
         // A container that would not unpack leaves no database, which the
         // check refuses with its own message, as for any damaged master.
-        if (fdb.empty()) return ValidFMDFile(fs::path(), options, &read);
-        if (!ValidFMDFile(fdb, options, &read)) {
+        if (fdb.empty()) return ValidFMDFile(fs::path(), named, &read);
+        if (!ValidFMDFile(fdb, named, &read)) {
             std::error_code ec;
             fs::remove(fdb, ec);
             return false;

@@ -10,6 +10,7 @@
 #include "core/prompt.h"
 #include "stationdb/database.h"
 #include "stationdb/day_code.h"
+#include "stationdb/layout_check.h"
 
 namespace qarvel::stationdb {
 namespace {
@@ -69,6 +70,14 @@ bool RunCheck(const char* invalidMessage, Body&& body) {
     return valid;
 }
 
+// A problem found at the door: reported with the file's name, so that the
+// user learns which table, column or value made the file unusable.
+bool Refuse(const char* routine, const fs::path& path, const std::optional<std::string>& problem) {
+    if (!problem) return false;
+    core::ReportError("modFMdb", routine, path.string() + ": " + *problem);
+    return true;
+}
+
 bool FileExists(const fs::path& path) {
     std::error_code ec;
     return fs::is_regular_file(path, ec);
@@ -93,7 +102,8 @@ bool ReadJobHeader(const fs::path& path, JobHeader& h) {
     h.OffsetN = record.GetDouble("OffsetN");
     h.OffsetW = record.GetDouble("OffsetW");
     h.ScanRange = record.GetInt("ScanRange");
-    return true;
+    return !Refuse(":ValidJobFile:", path, LayoutProblem(db, DatabaseKind::Job)) &&
+           !Refuse(":ValidJobFile:", path, HeaderProblem(h)) && !Refuse(":ValidJobFile:", path, PositionProblem(db));
 }
 
 bool ReadMasterInfo(const fs::path& path, MasterInfo& info) {
@@ -158,6 +168,14 @@ bool ValidFMDFile(const fs::path& path, const FmdCheckOptions& options, MasterIn
     const bool valid = RunCheck(kInvalidMaster, [&] {
         if (!ReadMasterInfo(path, read)) return false;
         UpgradeMaster(path, read.version);
+        {
+            const Database db(path, OpenMode::ReadOnly);
+            const fs::path& shown = options.displayName.empty() ? path : options.displayName;
+            if (Refuse(":ValidFMDFile:", shown, LayoutProblem(db, DatabaseKind::Master)) ||
+                Refuse(":ValidFMDFile:", shown, PositionProblem(db))) {
+                return false;
+            }
+        }
         return CheckAge(read, options);
     });
     if (valid && info) *info = read;

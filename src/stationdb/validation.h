@@ -45,6 +45,9 @@ struct FmdCheckOptions {
     std::string pendingOperation;
     // Today's day code for the age check; 0 means the real today.
     int todayDayCode = 0;
+    // The file as the user knows it (the packed ".fmd"), named in reports;
+    // empty: the checked path itself.
+    std::filesystem::path displayName;
 };
 
 // True when path (an unpacked master database) is usable: it exists, holds

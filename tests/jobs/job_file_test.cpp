@@ -226,8 +226,9 @@ TEST_F(JobFileTest, OpeningAnOldJobAddsTheNewerColumns) {
     {
         stationdb::Database db(tdb, stationdb::OpenMode::Create);
         db.Exec(std::string(stationdb::kCreateAmData) + std::string(stationdb::kCreateTv6Data) + std::string(stationdb::kCreateParty) +
-                std::string(stationdb::kCreateInformation) +
-                "CREATE TABLE fm_data (application_id int PRIMARY KEY, lat int, lon int, station_channel int);"
+                std::string(stationdb::kCreateInformation) + std::string(stationdb::kCreateFmData) +
+                "ALTER TABLE fm_data DROP COLUMN vert_erp; ALTER TABLE fm_data DROP COLUMN asd_service;"
+                "ALTER TABLE fm_data DROP COLUMN facility_id;"
                 "INSERT INTO information (CDate, Comments, Source, TChan, TLat, TLon, TClass, TIClass,"
                 " OffSetN, OffSetW, ScanRange) VALUES ('2003-01-02 00:00:00', 'old', 'm', 221, 41, 96,"
                 " 'A', 'A', 0, 0, 150);");

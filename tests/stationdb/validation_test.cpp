@@ -56,11 +56,11 @@ protected:
         const fs::path fdb = m_dir / "master.fdb";
         EXPECT_TRUE(CreateMasterDatabase(fdb, {created, "100", version, "test"}));
         if (oldLayout) {
+            // The layout of its day: without the columns its successors added.
             Database db(fdb, OpenMode::ReadWrite);
-            db.Exec("DROP TABLE fm_data;"
-                    "CREATE TABLE fm_data (application_id int NOT NULL PRIMARY KEY, lat int, lon int,"
-                    " station_channel int);"
-                    "INSERT INTO fm_data VALUES (1, 2, 3, 250)");
+            db.Exec("ALTER TABLE fm_data DROP COLUMN facility_id; ALTER TABLE fm_data DROP COLUMN asd_service;"
+                    "INSERT INTO fm_data (application_id, lat, lon, station_channel) VALUES (1, 2, 3, 250)");
+            if (std::stof(version) < 1.6f) db.Exec("ALTER TABLE fm_data DROP COLUMN vert_erp");
         }
         return fdb;
     }
@@ -108,12 +108,14 @@ TEST_F(ValidationTest, SixthTableIsFineMissingPartyIsNot) {
 TEST_F(ValidationTest, TableAndFieldNamesIgnoreCase) {
     const fs::path job = m_dir / "upper.tdb";
     {
+        // The job layout with every table and column name in capitals.
         Database db(job, OpenMode::Create);
-        db.Exec("CREATE TABLE FM_DATA (a int); CREATE TABLE Am_Data (a int); CREATE TABLE TV6_DATA (a int);"
-                " CREATE TABLE PARTY (a int);"
-                " CREATE TABLE INFORMATION (cdate text, tchan int, COMMENTS text, source text, tlat float,"
-                " tlon float, tclass text, OFFSETN float, offsetw float, scanrange int);"
-                " INSERT INTO INFORMATION VALUES ('d', 201, 'c', 's', 1, 2, 'A', 3, 4, 50)");
+        for (std::string_view create : {kCreateAmData, kCreateTv6Data, kCreateParty, kCreateFmData, kCreateInformation}) {
+            std::string upper(create);
+            std::transform(upper.begin(), upper.end(), upper.begin(), [](unsigned char c) { return char(std::toupper(c)); });
+            db.Exec(upper);
+        }
+        db.Exec("INSERT INTO INFORMATION VALUES ('d', 'c', 's', 201, 1, 2, 'A', '', 3, 4, 50)");
     }
     JobHeader h;
     ASSERT_TRUE(ValidJobFile(job, &h));
@@ -155,11 +157,12 @@ TEST_F(ValidationTest, MissingOrDamagedFilesShowOnlyTheCheckMessage) {
 
 // ------------------------------------------------------- master: upgrade
 
+// A master in the layout of its version's day: below 1.9 the missing
+// columns are added; a 1.9 or later master without them is damaged.
 struct UpgradeCase {
     const char* name;
     const char* version;
-    bool facilityAndService;
-    bool vertErp;
+    bool upgraded;
 };
 
 class MasterUpgradeTest : public ValidationTest, public ::testing::WithParamInterface<UpgradeCase> {};
@@ -168,26 +171,56 @@ TEST_P(MasterUpgradeTest, AddsTheColumnsTheVersionLacks) {
     const UpgradeCase& c = GetParam();
     const fs::path fdb = MakeMaster(c.version, "24100", /*oldLayout=*/true);
     MasterInfo info;
-    ASSERT_TRUE(ValidFMDFile(fdb, {"NoOp", 0}, &info));
+    ASSERT_EQ(ValidFMDFile(fdb, {"NoOp", 0}, &info), c.upgraded);
+    if (!c.upgraded) {
+        ASSERT_EQ(m_errors.Reports().size(), 1u);
+        EXPECT_NE(m_errors.Reports()[0].description.find("fm_data: column asd_service is missing"), std::string::npos);
+        return;
+    }
     Database db(fdb, OpenMode::ReadOnly);
-    EXPECT_EQ(db.HasColumn("fm_data", "facility_id"), c.facilityAndService);
-    EXPECT_EQ(db.HasColumn("fm_data", "asd_service"), c.facilityAndService);
-    EXPECT_EQ(db.HasColumn("fm_data", "vert_erp"), c.vertErp);
+    for (const char* column : {"facility_id", "asd_service", "vert_erp"}) EXPECT_TRUE(db.HasColumn("fm_data", column));
     Statement row = db.Prepare("SELECT * FROM fm_data");
     ASSERT_TRUE(row.Step());  // the records stay
     EXPECT_EQ(row.GetInt("station_channel"), 250);
-    if (c.facilityAndService) {
-        EXPECT_TRUE(row.IsNull("facility_id"));
-    }
+    EXPECT_TRUE(row.IsNull("facility_id"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Versions, MasterUpgradeTest,
-                         ::testing::Values(UpgradeCase{"V1_5", "1.5", true, true},
-                                           UpgradeCase{"V1_6", "1.6", true, false},
-                                           UpgradeCase{"V1_8", " 1.8 ", true, false},
-                                           UpgradeCase{"V1_9", "1.9", false, false},
-                                           UpgradeCase{"V2_0", "2.0", false, false}),
+                         ::testing::Values(UpgradeCase{"V1_5", "1.5", true}, UpgradeCase{"V1_6", "1.6", true},
+                                           UpgradeCase{"V1_8", " 1.8 ", true}, UpgradeCase{"V1_9", "1.9", false},
+                                           UpgradeCase{"V2_0", "2.0", false}),
                          [](const ::testing::TestParamInfo<UpgradeCase>& p) { return std::string(p.param.name); });
+
+// Damage the program would otherwise meet as an empty grid or a wrong
+// count of open channels: refused at the door with its reason.
+struct DamageCase {
+    const char* name;
+    const char* sql;
+    const char* reason;
+};
+
+class JobDamageTest : public ValidationTest, public ::testing::WithParamInterface<DamageCase> {};
+
+TEST_P(JobDamageTest, IsRefusedWithItsReason) {
+    const fs::path job = MakeJob();
+    Database(job, OpenMode::ReadWrite).Exec(GetParam().sql);
+    EXPECT_FALSE(ValidJobFile(job));
+    ASSERT_EQ(m_errors.Reports().size(), 1u);
+    EXPECT_NE(m_errors.Reports()[0].description.find(GetParam().reason), std::string::npos)
+        << m_errors.Reports()[0].description;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Damage, JobDamageTest,
+    ::testing::Values(DamageCase{"MissingColumn", "ALTER TABLE fm_data DROP COLUMN station_class", "station_class is missing"},
+                      DamageCase{"TextForNumber", "ALTER TABLE am_data DROP COLUMN lat; ALTER TABLE am_data ADD COLUMN lat text",
+                                 "lat is declared text, expected int"},
+                      DamageCase{"ChannelOutOfRange", "UPDATE information SET TChan = 999", "TChan 999"},
+                      DamageCase{"UnknownClass", "UPDATE information SET TClass = 'ZZ'", "TClass 'ZZ'"},
+                      DamageCase{"LatitudeBeyondPole", "UPDATE information SET TLat = 91", "TLat"},
+                      DamageCase{"HugeStationPosition", "INSERT INTO fm_data (application_id, lat, lon) VALUES (7, 1e308, 0)",
+                                 "application_id 7"}),
+    [](const ::testing::TestParamInfo<DamageCase>& p) { return std::string(p.param.name); });
 
 TEST_F(ValidationTest, CurrentMasterIsNotWrittenAndGivesItsInfo) {
     const fs::path fdb = MakeMaster("1.9", "24100");
