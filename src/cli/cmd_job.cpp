@@ -11,6 +11,7 @@
 #include "container/container.h"
 #include "stationdb/database.h"
 #include "jobs/job_build.h"
+#include "mapdata/boundary_file.h"
 #include "jobs/job_file.h"
 #include "stationdb/master_package.h"
 
@@ -18,6 +19,8 @@
 #include <nlohmann/json.hpp>
 
 #include <cmath>
+#include <fstream>
+#include <iterator>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -52,6 +55,23 @@ void CheckClass(const std::string& text, const std::string& argument, bool optio
     if (spacing::ClassIndex(text) < 0) throw UsageError(argument, "unknown class '" + text + "'");
 }
 
+// Boundary files that will not read are refused before the build, rather
+// than giving a job without state or county lines.
+void CheckBoundaryFiles(const fs::path& maps) {
+    for (std::string_view name : {mapdata::kStateMapFile, mapdata::kCountyMapFile}) {
+        const fs::path file = maps / name;
+        std::error_code ec;
+        if (!fs::exists(file, ec)) continue;  // a missing layer is simply not drawn
+        std::ifstream in(file, std::ios::binary);
+        const std::string bytes{std::istreambuf_iterator<char>(in), {}};
+        try {
+            mapdata::DecodeBoundaryFile(bytes);
+        } catch (const mapdata::BoundaryFileError& e) {
+            throw DataError(file.string(), std::string("not a boundary file: ") + e.what());
+        }
+    }
+}
+
 // The inputs of the build, checked as MakeNewJob would check them, so that
 // bad arguments give exit status 2 with the system's own words.
 jobs::NewJobInputs ParseNewJob(const NewArgs& a) {
@@ -73,6 +93,10 @@ jobs::NewJobInputs ParseNewJob(const NewArgs& a) {
         throw UsageError("--lat", "Invalid location (latitude -76 to 76, not the point 0, 0)");
     }
     if (!jobs::ParseJobChannel(a.channel, nullptr)) throw UsageError("--channel", "Invalid channel (200 to 300)");
+    // The job file keeps whole channels; a fraction would be rounded silently.
+    if (a.channel.find_first_not_of("0123456789 +") != std::string::npos)
+        throw UsageError("--channel", "'" + a.channel + "' is not a whole channel number (200 to 300)");
+    if (!a.maps.empty()) CheckBoundaryFiles(a.maps);
     CheckClass(a.cls, "--class", false);
     CheckClass(a.intlClass, "--intl-class", true);
     in.scanRange = ParseRange(a.range);

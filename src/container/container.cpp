@@ -272,7 +272,12 @@ void Pack(const fs::path& destination, const std::vector<fs::path>& sources) {
 
 // Inflates the whole of `in` into `out`; returns the number of bytes written.
 // The stream must end exactly at the end of the file.
-std::uint64_t Inflate(std::FILE* in, std::FILE* out, const fs::path& outPath) {
+// The stream may not inflate beyond `limit` bytes, nor leave the scratch
+// volume with less than kContainerFreeSpaceReserve bytes free: a small
+// hostile file must not fill the disk.
+std::uint64_t Inflate(std::FILE* in, std::FILE* out, const fs::path& outPath, std::uint64_t limit) {
+    constexpr std::uint64_t kSpaceCheckEvery = 16u << 20;
+    std::uint64_t nextSpaceCheck = 0;
     z_stream zs{};
     if (inflateInit(&zs) != Z_OK) Fail("the decompressor could not start");
     auto input = std::make_unique<Buffer>();
@@ -298,6 +303,19 @@ std::uint64_t Inflate(std::FILE* in, std::FILE* out, const fs::path& outPath) {
                 problem = "cannot write " + Quoted(outPath);
             }
             total += have;
+            if (total > limit) {
+                problem = "the container inflates beyond " + std::to_string(limit) + " bytes";
+                break;
+            }
+            if (total >= nextSpaceCheck) {
+                std::error_code spaceError;
+                const auto space = fs::space(outPath.parent_path(), spaceError);
+                if (!spaceError && space.available < kContainerFreeSpaceReserve) {
+                    problem = "not enough free disk space to unpack the container";
+                    break;
+                }
+                nextSpaceCheck = total + kSpaceCheckEvery;
+            }
             if (ret == Z_STREAM_END) ended = true;
             if (ended || zs.avail_out != 0) break;
         }
@@ -343,14 +361,14 @@ std::vector<Entry> ReadDirectory(std::FILE* in, std::uint64_t dataSize) {
     return entries;
 }
 
-void Unpack(const fs::path& source, const fs::path& folder) {
+void Unpack(const fs::path& source, const fs::path& folder, std::uint64_t maxInflatedBytes) {
     std::error_code ec;
     if (!fs::is_directory(folder, ec)) Fail("destination folder " + Quoted(folder) + " does not exist");
     File in(OpenStream(source, "rb"));
     if (!in.Get()) Fail("cannot open container " + Quoted(source));
     auto [scratch, scratchPath] = OpenScratchFile();
     RemoveGuard scratchGuard(scratchPath);
-    std::uint64_t dataSize = Inflate(in.Get(), scratch.Get(), scratchPath);
+    std::uint64_t dataSize = Inflate(in.Get(), scratch.Get(), scratchPath, maxInflatedBytes);
     if (std::fflush(scratch.Get()) != 0) Fail("cannot write " + Quoted(scratchPath));
     std::rewind(scratch.Get());
 
@@ -408,8 +426,9 @@ bool CompressFiles(const fs::path& destination, const std::vector<fs::path>& sou
     return RunTrapped(":CompressFiles:", statusText, [&] { Pack(destination, sources); });
 }
 
-bool UncompressFiles(const fs::path& source, const fs::path& destinationFolder, std::string* statusText) {
-    return RunTrapped(":UncompressFiles:", statusText, [&] { Unpack(source, destinationFolder); });
+bool UncompressFiles(const fs::path& source, const fs::path& destinationFolder, std::string* statusText,
+                     std::uint64_t maxInflatedBytes) {
+    return RunTrapped(":UncompressFiles:", statusText, [&] { Unpack(source, destinationFolder, maxInflatedBytes); });
 }
 
 fs::path CreateUniqueFile(const fs::path& folder, std::string_view prefix, std::string_view suffix) {

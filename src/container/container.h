@@ -16,6 +16,7 @@
 // container refused, and nothing is left behind.
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -33,6 +34,8 @@ inline constexpr std::size_t kContainerBlockSize = 32767;
 inline constexpr std::size_t kContainerMaxNameBytes = 255;
 // Sanity bound on the directory: a job packs three files, a master one.
 inline constexpr std::size_t kContainerMaxEntries = 4096;
+inline constexpr std::uint64_t kContainerMaxInflatedBytes = std::uint64_t{1} << 30;
+inline constexpr std::uint64_t kContainerFreeSpaceReserve = std::uint64_t{64} << 20;
 
 // Packs the files of `sources`, in order, into the container `destination`.
 // Each stored name is the source's bare file name converted from UTF-8 to code
@@ -56,9 +59,13 @@ bool CompressFiles(const std::filesystem::path& destination,
 // folder and earlier files of the same names are untouched (except when a
 // final rename itself fails, after which the renamed files are removed).
 // Errors are reported as "modFileComp" ":UncompressFiles:".
+// A container may inflate to at most maxInflatedBytes (a national master is
+// a few megabytes), and unpacking stops when the temporary folder's volume
+// would keep less than kContainerFreeSpaceReserve free.
 bool UncompressFiles(const std::filesystem::path& source,
                      const std::filesystem::path& destinationFolder,
-                     std::string* statusText = nullptr);
+                     std::string* statusText = nullptr,
+                     std::uint64_t maxInflatedBytes = kContainerMaxInflatedBytes);
 
 // --- Helpers shared with the master-database packing --------------------------
 

@@ -104,6 +104,8 @@ void RemoveQuietly(const fs::path& path) {
 // Fills the places of the database file `fdb` in a copy beside it, then
 // renames the copy over it.
 void ReplacePlacesInFile(const fs::path& fdb, const std::vector<Place>& places) {
+    // An empty or unreadable cities file must not wipe the places a master has.
+    if (places.empty()) throw core::TrapError("the cities file holds no places; the existing places are kept");
     const fs::path temp = stationdb::TempPathBeside(fdb);
     try {
         fs::copy_file(fdb, temp);

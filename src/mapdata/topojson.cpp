@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <fstream>
 #include <sstream>
@@ -11,6 +12,15 @@ namespace qarvel::mapdata {
 namespace {
 
 using nlohmann::json;
+
+// Bounds that keep a small hostile file from costing large amounts of stack
+// or memory: JSON nesting (a topology needs about six levels), nested
+// geometry collections, and the positions that stitching may copy out of
+// the arcs (each arc is shared by a few outlines in a real topology).
+constexpr std::size_t kMaxJsonDepth = 64;
+constexpr int kMaxCollectionDepth = 16;
+constexpr std::size_t kStitchFactor = 16;
+constexpr std::size_t kStitchAllowance = 1'000'000;
 
 struct Transform {
     bool quantized = false;
@@ -65,24 +75,34 @@ TopoLine DecodeArc(const json& arc, const Transform& t, std::size_t index) {
         if (!position[0].is_number_integer() || !position[1].is_number_integer()) {
             throw TopoJsonError(where + " holds a quantized position that is not whole numbers");
         }
-        x += position[0].get<std::int64_t>();
-        y += position[1].get<std::int64_t>();
+        if (__builtin_add_overflow(x, position[0].get<std::int64_t>(), &x) ||
+            __builtin_add_overflow(y, position[1].get<std::int64_t>(), &y)) {
+            throw TopoJsonError(where + " runs beyond the range of whole numbers");
+        }
         line.push_back({static_cast<double>(x) * t.scaleX + t.translateX,
                         static_cast<double>(y) * t.scaleY + t.translateY});
+        if (!std::isfinite(line.back().lon) || !std::isfinite(line.back().lat))
+            throw TopoJsonError(where + " holds a position beyond any number");
     }
     return line;
 }
 
 class GeometryDecoder {
   public:
-    explicit GeometryDecoder(const std::vector<TopoLine>& arcs) : m_arcs(arcs) {}
+    explicit GeometryDecoder(const std::vector<TopoLine>& arcs) : m_arcs(arcs) {
+        std::size_t positions = 0;
+        for (const TopoLine& arc : arcs) positions += arc.size();
+        m_budget = positions * kStitchFactor + kStitchAllowance;
+    }
 
-    void Decode(const json& geometry, std::vector<TopoGeometry>& out) const {
+    void Decode(const json& geometry, std::vector<TopoGeometry>& out, int depth = 0) {
         if (!geometry.is_object()) throw TopoJsonError("a geometry is not a JSON object");
         const std::string type = TextMember(geometry, "type");
         if (type == "GeometryCollection") {
+            if (depth >= kMaxCollectionDepth)
+                throw TopoJsonError("geometry collections nested deeper than " + std::to_string(kMaxCollectionDepth));
             for (const json& child : geometry.value("geometries", json::array()))
-                Decode(child, out);
+                Decode(child, out, depth + 1);
             return;
         }
         TopoGeometry g;
@@ -120,7 +140,7 @@ class GeometryDecoder {
 
     // Joins the referenced arcs into one polyline. Each arc after the first
     // starts where the previous one ended, so its first position is dropped.
-    TopoLine Stitch(const json& references) const {
+    TopoLine Stitch(const json& references) {
         if (!references.is_array()) throw TopoJsonError("arc references are not an array");
         TopoLine line;
         for (const json& reference : references) {
@@ -135,6 +155,9 @@ class GeometryDecoder {
                                     " arcs)");
             }
             TopoLine arc = m_arcs[static_cast<std::size_t>(stored)];
+            if (arc.size() > m_budget)
+                throw TopoJsonError("the outlines repeat their arcs far more often than a map does");
+            m_budget -= arc.size();
             if (reversed) std::reverse(arc.begin(), arc.end());
             const auto from = line.empty() || arc.empty() ? arc.begin() : arc.begin() + 1;
             line.insert(line.end(), from, arc.end());
@@ -143,6 +166,7 @@ class GeometryDecoder {
     }
 
     const std::vector<TopoLine>& m_arcs;
+    std::size_t m_budget = 0;  // positions stitching may still copy
 };
 
 TopoJsonError NoSuchObject(std::string_view name) {
@@ -154,7 +178,13 @@ TopoJsonError NoSuchObject(std::string_view name) {
 Topology Topology::Parse(std::string_view jsonText) {
     json root;
     try {
-        root = json::parse(jsonText);
+        // Refuses deep nesting while parsing, before it can cost stack.
+        const json::parser_callback_t depthLimit = [](int depth, json::parse_event_t, json&) {
+            if (static_cast<std::size_t>(depth) > kMaxJsonDepth)
+                throw TopoJsonError("JSON nested deeper than " + std::to_string(kMaxJsonDepth) + " levels");
+            return true;
+        };
+        root = json::parse(jsonText, depthLimit);
     } catch (const json::exception& e) {
         throw TopoJsonError(std::string("not valid JSON: ") + e.what());
     }
@@ -172,7 +202,7 @@ Topology Topology::Parse(std::string_view jsonText) {
 
         const json& objects = root.value("objects", json::object());
         if (!objects.is_object()) throw TopoJsonError("\"objects\" is not an object");
-        const GeometryDecoder decoder(topology.m_arcs);
+        GeometryDecoder decoder(topology.m_arcs);
         for (const auto& [name, object] : objects.items()) {
             std::vector<TopoGeometry> geometries;
             try {

@@ -137,6 +137,7 @@ INSTANTIATE_TEST_SUITE_P(
     Arguments, JobCommandBadInputTest,
     ::testing::Values(BadCase{"Channel301", {"--channel", "301"}, "Invalid channel"},
                       BadCase{"Channel199", {"--channel", "199"}, "Invalid channel"},
+                      BadCase{"ChannelFraction", {"--channel", "250.9"}, "not a whole channel"},
                       BadCase{"LatitudeBeyond76", {"--lat", "76.0001"}, "Invalid location"},
                       BadCase{"LatitudeSouthOf76S", {"--lat", "76.5S"}, "Invalid location"},
                       BadCase{"UnknownClass", {"--class", "Q"}, "unknown class"},
@@ -156,6 +157,14 @@ TEST_F(JobCommandTest, DamagedMasterOrJobIsRefused) {
     const CliRun info = Cli({"job", "info", (m_root / "Broken.fmd").string()});
     EXPECT_EQ(info.status, 2);
     EXPECT_NE(info.err.find("Invalid or Damaged Jobfile!"), std::string::npos);
+}
+
+TEST_F(JobCommandTest, BrokenBoundaryFileIsRefusedWithStatus3) {
+    std::ofstream(m_root / "maps" / "comapH.dat", std::ios::binary) << "not floats";
+    const CliRun run = Cli(NewJob((m_root / "Out.fmj").string()));
+    EXPECT_EQ(run.status, 3);
+    EXPECT_NE(run.err.find("comapH.dat: not a boundary file"), std::string::npos) << run.err;
+    EXPECT_FALSE(fs::exists(m_root / "Out.fmj"));
 }
 
 TEST_F(JobCommandTest, MarkersWithin350KmGoIntoTheJob) {

@@ -111,6 +111,13 @@ TEST(MapDataCli, ImportPlacesCreatesThenUpdatesAMaster) {
                  folder.Path() / "r2");
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(Places(fdb), (std::vector<std::string>{"Newtown 5000 590400 1094400"}));
+
+    // A cities file without places (none in the US) keeps the places there are.
+    WriteText(cities, CityLine("6", "Paris", "48.85", "2.35", "FR", "2000000"));
+    run = RunCli({"import", "places", "--cities", cities.string(), "--db", fdb.string()}, folder.Path() / "r3");
+    EXPECT_NE(run.status, 0);
+    EXPECT_NE(run.err.find("existing places are kept"), std::string::npos) << run.err;
+    EXPECT_EQ(Places(fdb), (std::vector<std::string>{"Newtown 5000 590400 1094400"}));
 }
 
 TEST(MapDataCli, AMalformedCitiesFileFailsAndWritesNothing) {

@@ -178,6 +178,18 @@ TEST_F(ContainerTest, ContainerWrittenByCompress2Unpacks) {
     ExpectOnlyOutput({"a.tdb", "b.mst", "c.mco"});
 }
 
+// A declared 8 MB file of zeros packs to a few kilobytes: bounded by the
+// limit, refused while inflating, nothing left behind.
+TEST_F(ContainerTest, InflatingBeyondTheLimitIsRefused) {
+    const Bytes raw = DirEntry("big.tdb", 8 << 20) + '\0' + Bytes(8 << 20, '\0');
+    const fs::path packed = Container(Compress2(raw));
+    std::string status;
+    EXPECT_FALSE(UncompressFiles(packed, Out(), &status, 1 << 20));
+    EXPECT_NE(status.find("inflates beyond 1048576 bytes"), std::string::npos) << status;
+    ExpectOnlyOutput({});
+    EXPECT_TRUE(UncompressFiles(packed, Out()));  // the default limit serves real files of this size
+}
+
 TEST_F(ContainerTest, NamesAreStoredInCodePage1252) {
     // "Café €.tdb" in UTF-8 on disk; é is 0xE9 and € is 0x80 in the code page.
     fs::path source = In("Caf\xC3\xA9 \xE2\x82\xAC.tdb", "x");

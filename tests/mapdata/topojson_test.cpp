@@ -129,10 +129,33 @@ INSTANTIATE_TEST_SUITE_P(
                     "scale and translate"},
         BadTopology{"PositionNotPair", R"({"type": "Topology", "arcs": [[[0]]], "objects": {}})",
                     "not [x, y]"},
+        BadTopology{"DeltaOverflow", R"({"type": "Topology", "transform": {"scale": [1, 1], "translate": [0, 0]},
+            "arcs": [[[9223372036854775807, 0], [1, 0]]], "objects": {}})",
+                    "range of whole numbers"},
         BadTopology{"PolygonArcsFlat", R"({"type": "Topology", "arcs": [[[0, 0], [1, 1]]],
             "objects": {"o": {"type": "Polygon", "arcs": [0]}}})",
                     "object \"o\""}),
     [](const auto& tc) { return std::string(tc.param.name); });
+
+// Small files that would cost the stack or memory out of proportion.
+TEST(TopoJson, HostileNestingAndRepetitionAreBounded) {
+    const std::string deepArrays = R"({"type": "Topology", "x": )" + std::string(100000, '[') + std::string(100000, ']') + "}";
+    EXPECT_THROW(Topology::Parse(deepArrays), TopoJsonError);
+
+    std::string collections = R"({"type": "GeometryCollection", "geometries": [])";
+    for (int i = 0; i < 20; ++i) collections = R"({"type": "GeometryCollection", "geometries": [)" + collections + "]}";
+    EXPECT_THROW(Topology::Parse(R"({"type": "Topology", "arcs": [], "objects": {"o": )" + collections + "}}"),
+                 TopoJsonError);
+
+    // One arc of 1,000 positions referenced 100,000 times: 100 million copies.
+    std::string arc = "[[0, 0]";
+    for (int i = 0; i < 999; ++i) arc += ", [1, 1]";
+    std::string refs = "0";
+    for (int i = 0; i < 99999; ++i) refs += ", 0";
+    const std::string amplified = R"({"type": "Topology", "arcs": [)" + arc + R"(]], "objects": {"o": {"type": "LineString", "arcs": [)" +
+                                  refs + "]}}}";
+    EXPECT_THROW(Topology::Parse(amplified), TopoJsonError);
+}
 
 TEST(TopoJson, MissingObjectAndFileAreNamed) {
     const Topology t = Topology::Parse(kSquare);
