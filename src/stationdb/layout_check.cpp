@@ -81,7 +81,9 @@ std::optional<std::string> LayoutProblem(const Database& db, DatabaseKind kind) 
             if (Required(table)) return "table " + table + " is missing";
             continue;
         }
-        for (const auto& [name, affinity] : columns) {
+        for (const auto& expected : columns) {
+            const std::string& name = expected.first;
+            const std::string& affinity = expected.second;
             const auto column = std::find_if(found->second.begin(), found->second.end(),
                                              [&](const auto& c) { return SameName(c.first, name); });
             if (column == found->second.end()) {

@@ -1,0 +1,1 @@
+SELECT fac_callsign FROM fm_data WHERE fac_callsign LIKE 'K*' AND station_channel BETWEEN 260 AND 240

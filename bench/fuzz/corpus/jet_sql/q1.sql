@@ -1,0 +1,1 @@
+SELECT [fac_callsign] AS [Call Sign] FROM fm_data WHERE fac_callsign LIKE '[!A-J]?B#' ORDER BY 1

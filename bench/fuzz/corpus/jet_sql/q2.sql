@@ -1,0 +1,1 @@
+SELECT * FROM fm_data WHERE cutoff_date > #1/2/2003#
