@@ -5,6 +5,7 @@
 #include "cli/cmd_study.h"
 
 #include "cli/coordinates.h"
+#include "core/csv_text.h"
 #include "core/error_trap.h"
 #include "jobview/grid_query.h"
 #include "jobview/map_arrays.h"
@@ -188,7 +189,7 @@ void PrintText(const jobview::GridTable& t) {
     for (const auto& row : t.rows) {
         std::vector<std::string>& line = cells.emplace_back();
         for (std::size_t c = 0; c < row.size(); ++c) {
-            line.push_back(jobview::FormatGridCell(t.columns[c], row[c]));
+            line.push_back(core::TerminalText(jobview::FormatGridCell(t.columns[c], row[c])));
             width[c] = std::max(width[c], line.back().size());
         }
     }

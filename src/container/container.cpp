@@ -290,6 +290,7 @@ std::uint64_t Inflate(std::FILE* in, std::FILE* out, const fs::path& outPath, st
         zs.next_in = input->data();
         if (std::ferror(in)) problem = "cannot read the container";
         else if (zs.avail_in == 0) problem = "the container is truncated";
+        else if (core::Interrupted()) problem = "interrupted";
         while (problem.empty()) {
             zs.avail_out = static_cast<uInt>(output->size());
             zs.next_out = output->data();
