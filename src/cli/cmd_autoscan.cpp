@@ -4,6 +4,7 @@
 #include "cli/cmd_autoscan.h"
 
 #include "cli/coordinates.h"
+#include "cli/master_file.h"
 #include "core/error_trap.h"
 #include "core/interrupt.h"
 #include "spacing/class_codes.h"
@@ -114,49 +115,6 @@ int16_t ParseClass(const std::string& text, const std::string& argument, bool op
     }
     return index;
 }
-
-// An unpacked master database for the command's life: a ".fmd" is unpacked
-// into a scratch folder that is removed afterwards; anything else is taken
-// as an unpacked ".fdb". Either must hold the tables AutoScan reads.
-class MasterFile {
-  public:
-    explicit MasterFile(const std::string& dbArg) {
-        const fs::path path(dbArg);
-        std::error_code ec;
-        if (dbArg.empty() || !fs::is_regular_file(path, ec))
-            throw UsageError("--db", "no such file '" + dbArg + "'");
-        std::string ext = path.extension().string();
-        std::transform(ext.begin(), ext.end(), ext.begin(),
-                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        if (ext == ".fmd") {
-            m_scratch = std::make_unique<container::ScratchFolder>("qarvel-autoscan-");
-            m_fdb = stationdb::UnpackMasterDatabase(path, m_scratch->Path());
-            if (m_fdb.empty())
-                throw UsageError("--db", "'" + dbArg + "' is not a packed master database");
-        } else {
-            m_fdb = path;
-        }
-        Check(dbArg);
-    }
-    MasterFile(const MasterFile&) = delete;
-    MasterFile& operator=(const MasterFile&) = delete;
-    const fs::path& Fdb() const { return m_fdb; }
-
-  private:
-    void Check(const std::string& dbArg) const {
-        try {
-            stationdb::Database db(m_fdb, stationdb::OpenMode::ReadOnly);
-            auto problem = stationdb::LayoutProblem(db, stationdb::DatabaseKind::Master);
-            if (!problem) problem = stationdb::PositionProblem(db);
-            if (problem) throw DataError(dbArg, "not a usable master database: " + *problem);
-        } catch (const stationdb::DatabaseError& e) {
-            throw UsageError(
-                "--db", "'" + dbArg + "' is not a master database (" + e.EngineMessage() + ")");
-        }
-    }
-    std::unique_ptr<container::ScratchFolder> m_scratch;  // a member, so it goes when the constructor throws
-    fs::path m_fdb;
-};
 
 // Collects trapped errors and prints each distinct one once, with its
 // count: a class without international class meets the same lookup error at

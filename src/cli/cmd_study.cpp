@@ -5,6 +5,7 @@
 #include "cli/cmd_study.h"
 
 #include "cli/coordinates.h"
+#include "cli/table_output.h"
 #include "core/csv_text.h"
 #include "core/error_trap.h"
 #include "jobview/grid_query.h"
@@ -162,54 +163,6 @@ private:
     bool m_ok = false;
 };
 
-json JsonValue(const jobview::GridValue& value) {
-    if (const auto* whole = std::get_if<std::int64_t>(&value)) return *whole;
-    if (const auto* real = std::get_if<double>(&value)) return *real;
-    if (const auto* text = std::get_if<std::string>(&value)) return *text;
-    return nullptr;
-}
-
-void PrintJson(const jobview::GridTable& t) {
-    json rows = json::array();
-    for (const auto& row : t.rows) {
-        json object = json::object();
-        for (std::size_t c = 0; c < row.size(); ++c) object[t.columns[c]] = JsonValue(row[c]);
-        rows.push_back(std::move(object));
-    }
-    std::cout << json{{"rows", rows}}.dump(-1, ' ', false, json::error_handler_t::replace) << "\n";
-}
-
-void PrintCsv(const jobview::GridTable& t) { std::cout << jobview::GridCsv(t, "\n"); }
-
-// Columns padded to their widest cell; numbers to the right.
-void PrintText(const jobview::GridTable& t) {
-    std::vector<std::vector<std::string>> cells;
-    std::vector<std::size_t> width;
-    for (const std::string& caption : t.captions) width.push_back(caption.size());
-    for (const auto& row : t.rows) {
-        std::vector<std::string>& line = cells.emplace_back();
-        for (std::size_t c = 0; c < row.size(); ++c) {
-            line.push_back(core::TerminalText(jobview::FormatGridCell(t.columns[c], row[c])));
-            width[c] = std::max(width[c], line.back().size());
-        }
-    }
-    auto print = [&](const std::vector<std::string>& line, const std::vector<bool>& right) {
-        std::string out;
-        for (std::size_t c = 0; c < line.size(); ++c) {
-            out += c ? "  " : "";
-            out += right[c] ? fmt::format("{:>{}}", line[c], width[c]) : fmt::format("{:<{}}", line[c], width[c]);
-        }
-        out.erase(out.find_last_not_of(' ') + 1);
-        std::cout << out << "\n";
-    };
-    print(t.captions, std::vector<bool>(t.captions.size(), false));
-    for (std::size_t r = 0; r < cells.size(); ++r) {
-        std::vector<bool> right;
-        for (const auto& value : t.rows[r]) right.push_back(!std::holds_alternative<std::string>(value));
-        print(cells[r], right);
-    }
-}
-
 int RunShow(const StudyArgs& a) {
     OpenStudy study(a);
     if (!study.Ok()) return kExitFailed;
@@ -217,9 +170,7 @@ int RunShow(const StudyArgs& a) {
     if (!jobview::ReadGrid(study.Db(), stationdb::JobGridDefaults(), study.Filter(), study.Sort(), &table)) {
         return kExitFailed;
     }
-    if (a.format == "json") PrintJson(table);
-    else if (a.format == "csv") PrintCsv(table);
-    else PrintText(table);
+    PrintTable(table, a.format);
     return kExitOk;
 }
 

@@ -58,5 +58,6 @@ private:
 };
 
 void RegisterCalculatorCommands(CommandSet& commands);
+void RegisterSearchCommands(CommandSet& commands);
 
 }  // namespace qarvel::cli

@@ -59,6 +59,7 @@ int main(int argc, char** argv) {
     RegisterAutoScanCommands(commands);
     RegisterMarkerCommands(commands);
     RegisterStationCommands(commands);
+    RegisterSearchCommands(commands);
     // Write errors on standard output are found by CheckOutput, not thrown.
     std::cout.exceptions(std::ios::goodbit);
 
