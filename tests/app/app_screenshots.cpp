@@ -23,6 +23,9 @@
 #include "app/jobdisplay/redraw_scheduler.h"
 #include "app_fixture.h"
 #include "app/datatools/calculator_dialog.h"
+#include "app/search/search_forms.h"
+#include "app/search/search_results.h"
+#include <QListWidget>
 #include "app/datatools/record_editor.h"
 #include "geodesy/map_constants.h"
 #include "shell/scratch.h"
@@ -149,6 +152,25 @@ int main(int argc, char** argv) {
     QApplication::processEvents();
     ok = Save(editor, out / "record-editor.png") && ok;
     editor.hide();
+
+    app::AdvancedSearchForm advanced(context.masterDatabase);
+    advanced.findChild<QListWidget*>(QStringLiteral("lst_fm_data"))->item(15)->setSelected(true);
+    advanced.findChild<QListWidget*>(QStringLiteral("lst_fm_data"))->item(22)->setSelected(true);
+    advanced.AddCondition(QStringLiteral("fm_data.station_class"), QStringLiteral(" = "), QStringLiteral("C1"), {}, false);
+    advanced.show();
+    QApplication::processEvents();
+    ok = Save(advanced, out / "advanced-search.png") && ok;
+    advanced.hide();
+
+    app::SearchResults results;
+    results.Run(context.masterDatabase, search::kDisplayQuery +
+                                            " AND fm_data.station_channel = 204",
+                QStringLiteral("channel 204"));
+    app::testing::WaitUntil([&] { return !results.Running(); });
+    results.show();
+    QApplication::processEvents();
+    ok = Save(results, out / "search-results.png") && ok;
+    results.hide();
 
     window->Controller().Job()->Discard();
     window.reset();

@@ -45,7 +45,7 @@ constexpr std::array<KeyLook, shell::kToolbarKeyCount> kKeyLooks = {{
 }};
 
 // Keys of subsystems this program does not offer yet: shown, not usable.
-constexpr std::array<const char*, 5> kUnavailableKeys = {"SearchDB", "SrchBasic", "SrchSQL", "AutoScan", "GPS"};
+constexpr std::array<const char*, 2> kUnavailableKeys = {"AutoScan", "GPS"};
 
 // The order on the toolbar: file commands, drawing switches, grid, other.
 constexpr std::array<const char*, shell::kToolbarKeyCount> kToolbarOrder = {

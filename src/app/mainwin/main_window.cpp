@@ -1,6 +1,7 @@
 #include "app/mainwin/main_window.h"
 
 #include "app/datatools/data_tools_menu.h"
+#include "app/search/search_menu.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -45,6 +46,9 @@ MainWindow::MainWindow(shell::ProgramContext& context, QWidget* parent)
       m_tools(new DataToolsMenu(*this, *m_actions, context, [this]() -> std::optional<std::pair<double, double>> {
           if (!m_controller->HasJob()) return std::nullopt;
           return std::make_pair(m_display->Header().TLat, m_display->Header().TLon);
+      })),
+      m_search(new SearchMenu(*this, *m_actions, context, [this](const SearchMenu::Station& s) {
+          NewJobAt(StudyTarget{s.lat, s.lonWest, s.channel, s.stationClass});
       })) {
     setObjectName(QStringLiteral("frmMain"));
     auto* empty = new QLabel(tr("Open a job or start a new one from the File menu."), m_pages);
@@ -179,13 +183,16 @@ void MainWindow::Refresh() {
 
 QString MainWindow::JobFolder() const { return QString::fromStdString(m_context.settings.gJobDIR); }
 
-void MainWindow::NewJob() {
+void MainWindow::NewJob() { NewJobAt(std::nullopt); }
+
+void MainWindow::NewJobAt(const std::optional<StudyTarget>& target) {
     if (!m_controller->HasMaster()) {
         QMessageBox::information(this, tr("New Job"), tr("Open a master database first."));
         OpenMaster();
         if (!m_controller->HasMaster()) return;
     }
     NewJobWizard wizard(ToPath(JobFolder()), this);
+    if (target) wizard.SetTarget(target->lat, target->lonWest, target->channel, target->stationClass);
     if (wizard.exec() != QDialog::Accepted) return;
     m_controller->NewJob(wizard.Request());
 }

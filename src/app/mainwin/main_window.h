@@ -9,6 +9,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 
 #include "shell/program_context.h"
 
@@ -18,6 +19,7 @@ class QStackedWidget;
 namespace qarvel::app {
 
 class DataToolsMenu;
+class SearchMenu;
 class JobController;
 class JobDisplay;
 class MainActions;
@@ -33,6 +35,7 @@ public:
     JobDisplay& Display() const { return *m_display; }
     MainActions& Actions() const { return *m_actions; }
     DataToolsMenu& Tools() const { return *m_tools; }
+    SearchMenu& Search() const { return *m_search; }
 
     // After start-up: the recent files, title and enabled commands from
     // the context the start-up filled.
@@ -46,6 +49,13 @@ public:
     // The commands that ask the user for a file or printer; the work goes
     // to the controller, the display and PrintJob.
     void NewJob();
+    // The wizard started at a given target (a station found by a search).
+    struct StudyTarget {
+        double lat = 0, lonWest = 0;
+        int channel = 0;
+        QString stationClass;
+    };
+    void NewJobAt(const std::optional<StudyTarget>& target);
     void OpenJob();
     void SaveJobAs();
     void OpenMaster();
@@ -76,6 +86,7 @@ private:
     JobController* m_controller;
     QLabel* m_master;
     DataToolsMenu* m_tools;
+    SearchMenu* m_search;
 };
 
 }  // namespace qarvel::app
