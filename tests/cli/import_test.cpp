@@ -62,7 +62,7 @@ TEST_F(ImportCommandTest, FmQueryWritesAPackedMasterAndListsBadLines) {
     ASSERT_FALSE(fdb.empty());
     qarvel::core::RecordingPrompt prompt;
     qarvel::core::ScopedPrompt scopedPrompt(prompt);
-    EXPECT_TRUE(ValidFMDFile(fdb, {"NoOp", 0}));
+    EXPECT_TRUE(ValidFMDFile(fdb, {"NoOp", 0, {}}));
     EXPECT_EQ(WorkListing(), std::vector<std::string>{"fmq.fmd"});  // no temporary files left
 }
 

@@ -234,7 +234,7 @@ TEST_F(DemoDataRealTest, TwoRunsWriteTheSameFilesAndTheProgramAcceptsThem) {
 
     const fs::path master = stationdb::UnpackMasterDatabase(m_root / "one" / kDemoMasterFile, m_root);
     ASSERT_FALSE(master.empty());
-    EXPECT_TRUE(stationdb::ValidFMDFile(master, {"NoOp", 0}));  // dated long ago on purpose: no age check
+    EXPECT_TRUE(stationdb::ValidFMDFile(master, {"NoOp", 0, {}}));  // dated long ago on purpose: no age check
     std::vector<mapdata::BoundaryLine> lines;
     EXPECT_TRUE(mapdata::ReadBoundaryFile(m_root / "one" / mapdata::kStateMapFile, &lines));
     EXPECT_EQ(lines.size(), summary.boundaries.stateLines);

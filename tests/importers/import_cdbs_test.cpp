@@ -148,7 +148,7 @@ TEST_F(ImportCdbsTest, CountsAndReportsWhatItLeftOut) {
 
     core::RecordingPrompt prompt;
     core::ScopedPrompt scopedPrompt(prompt);
-    EXPECT_TRUE(stationdb::ValidFMDFile(Out(), {"NoOp", 0}));
+    EXPECT_TRUE(stationdb::ValidFMDFile(Out(), {"NoOp", 0, {}}));
 }
 
 TEST_F(ImportCdbsTest, AMissingOptionalFileIsNoted) {

@@ -222,7 +222,7 @@ TEST_F(ImportCsvTest, NationalListImportsEveryRecordWithItsCountry) {
     ASSERT_FALSE(fdb.empty());
     core::RecordingPrompt prompt;
     core::ScopedPrompt scopedPrompt(prompt);
-    EXPECT_TRUE(stationdb::ValidFMDFile(fdb, {"NoOp", 0}));
+    EXPECT_TRUE(stationdb::ValidFMDFile(fdb, {"NoOp", 0, {}}));
     stationdb::Database db(fdb, stationdb::OpenMode::ReadOnly);
     EXPECT_EQ(CountRows(db, kStudyQuery), 11116);
     EXPECT_EQ(QueryInt(db, "SELECT COUNT(*) FROM fm_data WHERE border_code = 'A'"), 659);

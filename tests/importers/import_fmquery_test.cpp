@@ -145,7 +145,7 @@ TEST_F(ImportFmQueryRealTest, HoldsEveryRecordByServiceAndCountry) {
 
     core::RecordingPrompt prompt;
     core::ScopedPrompt scopedPrompt(prompt);
-    EXPECT_TRUE(stationdb::ValidFMDFile(m_fdb, {"NoOp", 0}));
+    EXPECT_TRUE(stationdb::ValidFMDFile(m_fdb, {"NoOp", 0, {}}));
     stationdb::Database db(m_fdb, stationdb::OpenMode::ReadOnly);
     EXPECT_EQ(QueryInt(db, "SELECT COUNT(*) FROM fm_data, party WHERE party.party_id = fm_data.party_id"), 2497);
     EXPECT_EQ(QueryInt(db, "SELECT COUNT(*) FROM fm_data WHERE asd_service IS NULL OR station_channel IS NULL"), 0);

@@ -86,7 +86,7 @@ TEST_F(ImportLmsTest, ReadsTheLicenceOfEachFmFacilityByColumnName) {
 
     core::RecordingPrompt prompt;
     core::ScopedPrompt scopedPrompt(prompt);
-    EXPECT_TRUE(stationdb::ValidFMDFile(Out(), {"NoOp", 0}));
+    EXPECT_TRUE(stationdb::ValidFMDFile(Out(), {"NoOp", 0, {}}));
 }
 
 TEST_F(ImportLmsTest, CountsAndReportsWhatItLeftOut) {

@@ -153,8 +153,8 @@ TEST_F(MasterPackageTest, TestFmdPassesTheCheckOptionsOn) {
     fs::path fmd = MakeFmd(24100);
     core::RecordingPrompt prompt;
     core::ScopedPrompt scoped(prompt);
-    EXPECT_FALSE(testFMD(fmd, Scratch(), {"", 24090}, nullptr, nullptr));
-    EXPECT_TRUE(testFMD(fmd, Scratch(), {"NoOp", 24090}, nullptr, nullptr));
+    EXPECT_FALSE(testFMD(fmd, Scratch(), {"", 24090, {}}, nullptr, nullptr));
+    EXPECT_TRUE(testFMD(fmd, Scratch(), {"NoOp", 24090, {}}, nullptr, nullptr));
 }
 
 }  // namespace

@@ -89,7 +89,7 @@ TEST_F(MasterWriterTest, PackedMasterHoldsEveryColumnAndPassesValidation) {
     core::RecordingPrompt prompt;
     core::ScopedPrompt scoped(prompt);
     MasterInfo info;
-    EXPECT_TRUE(ValidFMDFile(db.Path(), {"NoOp", 0}, &info));
+    EXPECT_TRUE(ValidFMDFile(db.Path(), {"NoOp", 0, {}}, &info));
     EXPECT_EQ(info.creation_size, "1");  // the FM row count when none was given
     EXPECT_FLOAT_EQ(info.version, 1.9f);
 

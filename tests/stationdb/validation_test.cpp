@@ -171,7 +171,7 @@ TEST_P(MasterUpgradeTest, AddsTheColumnsTheVersionLacks) {
     const UpgradeCase& c = GetParam();
     const fs::path fdb = MakeMaster(c.version, "24100", /*oldLayout=*/true);
     MasterInfo info;
-    ASSERT_EQ(ValidFMDFile(fdb, {"NoOp", 0}, &info), c.upgraded);
+    ASSERT_EQ(ValidFMDFile(fdb, {"NoOp", 0, {}}, &info), c.upgraded);
     if (!c.upgraded) {
         ASSERT_EQ(m_errors.Reports().size(), 1u);
         EXPECT_NE(m_errors.Reports()[0].description.find("fm_data: column asd_service is missing"), std::string::npos);
@@ -226,7 +226,7 @@ TEST_F(ValidationTest, CurrentMasterIsNotWrittenAndGivesItsInfo) {
     const fs::path fdb = MakeMaster("1.9", "24100");
     const std::string before = FileBytes(fdb);
     MasterInfo info;
-    ASSERT_TRUE(ValidFMDFile(fdb, {"", DayCode(2024, 100)}, &info));
+    ASSERT_TRUE(ValidFMDFile(fdb, {"", DayCode(2024, 100), {}}, &info));
     EXPECT_EQ(info.creation_date, "24100");
     EXPECT_EQ(info.creation_size, "100");
     EXPECT_EQ(info.version, 1.9f);
@@ -235,17 +235,17 @@ TEST_F(ValidationTest, CurrentMasterIsNotWrittenAndGivesItsInfo) {
 
 TEST_F(ValidationTest, UnreadableVersionOrDateIsInvalid) {
     MakeMaster("new", "24100");
-    EXPECT_FALSE(ValidFMDFile(m_dir / "master.fdb", {"NoOp", 0}));
+    EXPECT_FALSE(ValidFMDFile(m_dir / "master.fdb", {"NoOp", 0, {}}));
     fs::remove(m_dir / "master.fdb");
     MakeMaster("1.9", "soon");
-    EXPECT_FALSE(ValidFMDFile(m_dir / "master.fdb", {"", DayCode(2024, 100)}));
+    EXPECT_FALSE(ValidFMDFile(m_dir / "master.fdb", {"", DayCode(2024, 100), {}}));
     EXPECT_EQ(m_prompt.Texts(), (std::vector<std::string>{kInvalidMaster, kInvalidMaster}));
 }
 
 TEST_F(ValidationTest, MasterNeedsTheFiveTables) {
     const fs::path fdb = MakeMaster("1.9", "24100");
     { Database(fdb, OpenMode::ReadWrite).Exec("DROP TABLE tv6_data"); }
-    EXPECT_FALSE(ValidFMDFile(fdb, {"NoOp", 0}));
+    EXPECT_FALSE(ValidFMDFile(fdb, {"NoOp", 0, {}}));
     EXPECT_EQ(m_prompt.Texts(), std::vector<std::string>{kInvalidMaster});
 }
 
@@ -265,7 +265,7 @@ class MasterAgeTest : public ValidationTest, public ::testing::WithParamInterfac
 TEST_P(MasterAgeTest, ThresholdsAndMessages) {
     const AgeCase& c = GetParam();
     const fs::path fdb = MakeMaster("1.9", DayCodeText(c.created));
-    EXPECT_EQ(ValidFMDFile(fdb, {c.pending, c.today}), c.valid);
+    EXPECT_EQ(ValidFMDFile(fdb, {c.pending, c.today, {}}), c.valid);
     std::vector<std::string> expected;
     if (!c.valid) expected.push_back(kInvalidMaster);
     if (*c.warning) expected.push_back(c.warning);
