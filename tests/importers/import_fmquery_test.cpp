@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 namespace qarvel::importers {
 namespace {
 
@@ -213,6 +215,98 @@ TEST_F(ImportFmQueryRealTest, RecordsMatchTheFileByHand) {
                            " AND party.party_name = 'CALVARY CHAPEL OF TWIN FALLS, INC.'"),
               QueryInt(db, "SELECT COUNT(*) FROM fm_data WHERE party_id = " +
                                std::to_string(fx.GetInt("party_id"))));
+}
+
+}  // namespace
+}  // namespace qarvel::importers
+
+namespace qarvel::importers {
+namespace {
+
+// One pipe-delimited record as the regulator writes it, with the fields a
+// case changes given by position (0-based field index).
+std::string PipeLine(const std::map<int, std::string>& changes = {}, int fields = 37) {
+    std::vector<std::string> f = {"KTST        ", "89.7  MHz ", "FX ", "209 ", "ND  ", "-   ", "D  ", "-  ", "LIC    ",
+                                  "STERLING ", "AK ", "US ", "BLED   -20051109ACD ", "0.25   kW ", "-.     kW ",
+                                  "61.1    ", "0.0     ", "93589      ", "N ", "60 ", "29 ", "19.33 ", "W ", "150 ",
+                                  "44 ", "42.83 ", "RADIO INC. ", "   0.00 km ", "   0.00 mi ", "  0.00 deg ",
+                                  "97.    m", "0.0    m", "-         ", "-       ", "1275477 ", "21.7   m", "1451054   ",
+                                  "0123456789abcdef0123456789ABCDEF"};
+    for (const auto& [at, value] : changes) f[static_cast<std::size_t>(at)] = value;
+    std::string line = "|";
+    for (int i = 0; i < fields; ++i) line += f[static_cast<std::size_t>(i)] + "|";
+    return line + "\n";
+}
+
+struct PipeCase {
+    const char* name;
+    std::string text;
+    int kept;
+    const char* problem;  // part of the first reported problem, or ""
+};
+void PrintTo(const PipeCase& c, std::ostream* os) { *os << c.name; }
+
+class PipeFormTest : public ImportFmQueryTest, public ::testing::WithParamInterface<PipeCase> {};
+
+TEST_P(PipeFormTest, ReadsOrReportsTheRecord) {
+    // A good record first, so that the file keeps something.
+    const fs::path file = Root() / "query.txt";
+    WriteAll(file, PipeLine({{36, "1451099"}}) + GetParam().text);
+    ASSERT_TRUE(Import(file, ImportTarget::Unpacked(Out()))) << m_summary.error;
+    stationdb::Database db(Out(), stationdb::OpenMode::ReadOnly);
+    EXPECT_EQ(CountRows(db, "SELECT * FROM fm_data"), GetParam().kept + 1);
+    if (*GetParam().problem) {
+        ASSERT_FALSE(m_issues.empty());
+        EXPECT_NE(m_issues[0].problem.find(GetParam().problem), std::string::npos) << m_issues[0].problem;
+    } else {
+        EXPECT_TRUE(m_issues.empty()) << m_issues[0].problem;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Downloads, PipeFormTest,
+    ::testing::Values(
+        PipeCase{"ThirtySevenFields", PipeLine(), 1, ""},
+        PipeCase{"HeadingAndBlankLines", "|Callsign|Frequency|Service|\n\n" + PipeLine() + "\n\n" + PipeLine({{36, "1451055"}}), 2, ""},
+        PipeCase{"EarlyDownloadWithoutApplicationId", PipeLine({}, 36) + PipeLine({}, 36), 2, ""},
+        PipeCase{"RecordIdOfTheNewerSystem", PipeLine({}, 38), 1, ""},
+        PipeCase{"NotARecordId", PipeLine({{37, "xyz"}}, 38), 0, "record id"},
+        PipeCase{"FileNumberWithoutBlanks", PipeLine({{12, "BLED-20151123CUH"}}), 1, ""},
+        PipeCase{"FieldsMissing", PipeLine({}, 30), 0, "30 fields"},
+        PipeCase{"DamagedLatitude", PipeLine({{19, "6O"}}), 0, "latitude"},
+        PipeCase{"MixedWithFixedWidth", PipeLine() + " not a record\n", 1, "an FM Query record has at least"}),
+    [](const auto& c) { return std::string(c.param.name); });
+
+TEST_F(ImportFmQueryTest, PipeRecordIsReadFieldByField) {
+    const fs::path file = Root() / "query.txt";
+    WriteAll(file, PipeLine({{12, "BLED-20151123CUH"}}));
+    ASSERT_TRUE(Import(file, ImportTarget::Unpacked(Out()))) << m_summary.error;
+    stationdb::Database db(Out(), stationdb::OpenMode::ReadOnly);
+    stationdb::Statement st = db.Prepare("SELECT * FROM fm_data WHERE application_id = 1451054");
+    ASSERT_TRUE(st.Step());
+    EXPECT_EQ(st.GetText("fac_callsign"), "KTST");
+    EXPECT_EQ(st.GetText("asd_service"), "FX");
+    EXPECT_EQ(st.GetInt("station_channel"), 209);
+    EXPECT_EQ(st.GetText("station_class"), "D");
+    EXPECT_EQ(st.GetText("file_prefix"), "BLED");
+    EXPECT_EQ(st.GetText("app_arn"), "20151123CUH");
+    EXPECT_DOUBLE_EQ(st.GetDouble("horiz_erp"), 0.25);
+    EXPECT_TRUE(st.IsNull("vert_erp"));  // "-.     kW"
+    EXPECT_EQ(st.GetInt("lat"), 871037);   // N 60 29 19.33
+    EXPECT_EQ(st.GetInt("lon"), 2170731);  // W 150 44 42.83
+    EXPECT_DOUBLE_EQ(st.GetDouble("hag_horiz_rc_mtr"), 21.7);
+    EXPECT_EQ(st.GetInt("asrn"), 1275477);
+}
+
+TEST_F(ImportFmQueryTest, RealPipeDownloads) {
+    for (const auto& [name, kept] : {std::pair{"fmquery-pipe-al-ak-ga.txt", 737}, std::pair{"fmquery-pipe-ga-header.txt", 344}}) {
+        const fs::path file = SharedData() / name;
+        if (!fs::exists(file)) GTEST_SKIP() << "../shared/data is absent";
+        fs::remove(Out());
+        ASSERT_TRUE(Import(file, ImportTarget::Unpacked(Out()))) << m_summary.error;
+        stationdb::Database db(Out(), stationdb::OpenMode::ReadOnly);
+        EXPECT_EQ(CountRows(db, "SELECT * FROM fm_data"), kept) << name;
+    }
 }
 
 }  // namespace
