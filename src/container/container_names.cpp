@@ -3,6 +3,8 @@
 
 #include "container/container.h"
 
+#include "core/utf8.h"
+
 #include <array>
 
 namespace qarvel::container {
@@ -38,18 +40,7 @@ std::optional<char32_t> NextCodePoint(std::string_view text, std::size_t& i) {
     return cp;
 }
 
-void AppendUtf8(std::string& out, char32_t cp) {
-    if (cp < 0x80) {
-        out += static_cast<char>(cp);
-    } else if (cp < 0x800) {
-        out += static_cast<char>(0xC0 | (cp >> 6));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    } else {
-        out += static_cast<char>(0xE0 | (cp >> 12));
-        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    }
-}
+using core::AppendUtf8;
 
 bool IsReservedDeviceName(std::string_view name) {
     std::string stem(name.substr(0, name.find('.')));

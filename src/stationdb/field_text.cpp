@@ -1,5 +1,7 @@
 #include "stationdb/field_text.h"
 
+#include "core/utf8.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -11,18 +13,7 @@ namespace {
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
-void AppendUtf8(std::string& out, char32_t cp) {
-    if (cp < 0x80) {
-        out += static_cast<char>(cp);
-    } else if (cp < 0x800) {
-        out += static_cast<char>(0xC0 | (cp >> 6));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    } else {
-        out += static_cast<char>(0xE0 | (cp >> 12));
-        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    }
-}
+using core::AppendUtf8;
 
 // Code page 1252 for bytes 0x80 to 0x9F; 0 where it defines nothing (those
 // bytes keep their Latin-1 control meaning).
