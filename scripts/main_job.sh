@@ -1,22 +1,26 @@
 #!/usr/bin/env bash
-# The main job: a spacing study on the demo data set, as an engineer would
-# run it from the command line. Usage: scripts/main_job.sh [BUILD_DIR]
+# The main job: a spacing study on the national FM station list (the default
+# master the set-up builds), with the demo folder's state and county lines,
+# as an engineer would run it from the command line.
+# Usage: scripts/main_job.sh [BUILD_DIR]
 set -euo pipefail
 build=${1:-build/default}
 cli="$build/src/cli/qarvel-cli"
 demo=demo
 job="$demo/philadelphia-250A.fmj"
+master="$demo/NationalFM.fmd"
+[ -f "$master" ] || master="$demo/DemoMaster.fmd"
 
-if [ ! -f "$demo/DemoMaster.fmd" ]; then
-  echo "no demo data in $demo/: run scripts/bootstrap.sh run first" >&2
+if [ ! -f "$master" ]; then
+  echo "no master database in $demo/: run scripts/bootstrap.sh run first" >&2
   exit 1
 fi
 
-echo "== The demo master database (synthetic stations at real city positions, not for filing)"
-"$cli" db check "$demo/DemoMaster.fmd"
+echo "== The master database: $master"
+"$cli" db check "$master"
 echo
 echo "== A new job: class A on channel 250 (97.9 MHz) at Philadelphia, 200 km scan"
-"$cli" job new --db "$demo/DemoMaster.fmd" --local "$demo/LocalData.fmd" --maps "$demo" \
+"$cli" job new --db "$master" --local "$demo/LocalData.fmd" --maps "$demo" \
   --lat 39:57:09N --lon 75:09:51W --channel 250 --class A --range 200 \
   --comments "Demo study" --out "$job" --force
 "$cli" job info "$job"
@@ -30,7 +34,7 @@ if "$cli" job show --help >/dev/null 2>&1; then
   echo
 fi
 echo "== AutoScan: the ten most open channels for a class A station at the same site"
-scan=$("$cli" autoscan --db "$demo/DemoMaster.fmd" --lat 39:57:09N --lon 75:09:51W --class A)
+scan=$("$cli" autoscan --db "$master" --lat 39:57:09N --lon 75:09:51W --class A)
 printf '%s\n' "$scan" | sed -n '1,10p'
 printf '%s\n' "$scan" | tail -n 1
 echo

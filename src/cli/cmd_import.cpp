@@ -27,6 +27,7 @@ enum class Source { Cdbs, Lms, FmQuery, Csv };
 struct ImportArgs {
     std::string input;
     std::string out;
+    std::string source;
     bool eastPositive = false;
     bool quiet = false;
 };
@@ -77,6 +78,7 @@ int RunImport(Source source, const ImportArgs& a) {
     int shownPercent = -1;
     ImportOptions options;
     options.eastPositive = a.eastPositive;
+    options.source = a.source;
     options.cancel = core::InterruptFlag();  // Ctrl-C stops the import and removes its temporary files
     if (showProgress) {
         options.progress = [&](const ImportProgress& p) {
@@ -127,6 +129,8 @@ void AddImport(CommandSet& commands, CLI::App* group, const std::string& name, c
                       "longitudes count east positive (west negative); without it west is positive");
     }
     sub->add_flag("-q,--quiet", args->quiet, "no progress line");
+    sub->add_option("--source", args->source,
+                    "where the data came from, kept in the master's information record (default: the input's name)");
 }
 
 }  // namespace
